@@ -1,0 +1,46 @@
+# The two commands of the README: `make demo` and `make test`. `make bench` for the figures.
+BUILD      ?= build
+GENERATOR  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
+CTEST_ARGS := --output-on-failure --timeout 900
+
+.PHONY: all deps deps-bench build test test-release test-asan demo bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh test
+
+deps-bench:
+	@scripts/install-deps.sh bench
+
+build: deps
+	cmake -S . -B $(BUILD)/release $(GENERATOR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD)/release
+
+test-release: build
+	ctest --test-dir $(BUILD)/release $(CTEST_ARGS)
+
+test-asan: deps
+	cmake -S . -B $(BUILD)/asan $(GENERATOR) -DCMAKE_BUILD_TYPE=Debug -DTELA_SANITIZE=ON
+	cmake --build $(BUILD)/asan
+	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+		ctest --test-dir $(BUILD)/asan $(CTEST_ARGS)
+
+test: test-release test-asan
+
+demo: build
+	@if [ -x $(BUILD)/release/examples/gallery/gallery ]; then \
+		$(BUILD)/release/examples/gallery/gallery; \
+	else \
+		echo "nothing to show yet"; \
+	fi
+
+bench: deps-bench
+	cmake -S . -B $(BUILD)/bench $(GENERATOR) -DCMAKE_BUILD_TYPE=Release -DTELA_BENCH=ON
+	cmake --build $(BUILD)/bench
+	@for benchmark in $(BUILD)/bench/bench/bench_*; do \
+		echo "== $$benchmark"; $$benchmark --benchmark_min_time=0.2; \
+	done
+
+clean:
+	rm -rf $(BUILD)

@@ -1,0 +1,80 @@
+#include "headless/HeadlessRootWindow.h"
+
+namespace {
+
+class NullTimer final : public iPeriodicTimer {
+public:
+    void stop() override {}
+};
+
+} // namespace
+
+Headless::RootWindow::RootWindow(std::int32_t mode, iImageBase::eLocation location)
+    : m_mode(mode)
+    , m_location(location)
+    , m_pixels(HostImage::create(m_size, location))
+{
+}
+
+bool Headless::RootWindow::getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags)
+{
+    return m_pixels && m_pixels->getRenderer(out, flags);
+}
+
+bool Headless::RootWindow::createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size)
+{
+    out = HostImage::create(size, m_location);
+    return static_cast<bool>(out);
+}
+
+bool Headless::RootWindow::initWindow(const InitArgs& args)
+{
+    m_title = args.title;
+    m_position = args.position;
+    m_title_bar = args.titleBar;
+    m_maximised = args.mode == 1;
+    setSize(args.size);
+    m_initialised = true;
+    return static_cast<bool>(m_pixels);
+}
+
+void Headless::RootWindow::postWake()
+{
+    m_wakes.fetch_add(1);
+    if (m_wake_listener)
+        m_wake_listener();
+}
+
+bool Headless::RootWindow::dragFiles(const Qv::Vector<WString>& files)
+{
+    return !files.empty();
+}
+
+bool Headless::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t)
+{
+    out = Qv::make<NullTimer>();   // FIXME: ticks arrive with the headless main loop
+    return true;
+}
+
+void Headless::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
+{
+    if (!region) {
+        m_whole_invalid = true;
+        return;
+    }
+    if (!m_invalid) {
+        region->translated(m_invalid, 0, 0);
+        return;
+    }
+    Qv::Ptr<iRegion> united;
+    m_invalid->united(united, region);
+    m_invalid = united;
+}
+
+void Headless::RootWindow::setSize(const XY<int>& size)
+{
+    if (size == m_size && m_pixels)
+        return;
+    m_size = size;
+    m_pixels = HostImage::create(size, m_location);
+}

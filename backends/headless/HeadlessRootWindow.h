@@ -1,0 +1,87 @@
+// HeadlessRootWindow: a root window that is a pixel buffer in memory.
+//
+// Tests set its size, position and focus directly, and read what the library asked of
+// it: wakes posted, regions invalidated, the title. postWake may come from any thread;
+// everything else is the main thread's.
+#pragma once
+
+#include "headless/HostImage.h"
+#include "platform/iEventHandler.h"
+#include "platform/iRegion.h"
+#include "platform/iRootWindow.h"
+
+#include <atomic>
+#include <functional>
+
+namespace Headless {
+
+class RootWindow final : public iRootWindow {
+public:
+    explicit RootWindow(std::int32_t mode, iImageBase::eLocation location = iImageBase::eHostMemory);
+
+    // iRootWindow
+    iImageBase::eLocation displayLocation() const override { return m_location; }
+    void getSize(XY<int>& size) const override { size = m_size; }
+    bool getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags) override;
+    bool createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size) override;
+    bool initWindow(const InitArgs& args) override;
+    void getPosition(XY<int>& position) const override { position = m_position; }
+    void getBox(Qv::Box<int>& box) const override { box = Qv::Box<int> { 0, 0, m_size.x, m_size.y }; }
+    bool hasTitleBar() const override { return m_title_bar; }
+    bool isMaximized() const override { return m_maximised; }
+    bool isMinimized() const override { return m_minimised; }
+    bool hasFocus() const override { return m_focus; }
+    void* nativeHandle() const override { return const_cast<RootWindow*>(this); }
+    bool isActive() const override { return m_active; }
+    void setUseWindowsTitleBar(bool use) override { m_title_bar = use; }
+    void setActive(bool active) override { m_active = active; }
+    void postWake() override;
+    void setTitle(const WString& title) override { m_title = title; }
+    void minimise() override { m_minimised = true; }
+    void claimFocus() override { m_focus = true; }
+    void setEventHandler(const Qv::Ptr<iEventHandler>& handler) override { m_handler = handler; }
+    bool dragFiles(const Qv::Vector<WString>& files) override;
+    bool createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds) override;
+    void invalidate(const Qv::Ptr<iRegion>& region) override;
+
+    // What tests set
+    void setSize(const XY<int>& size);
+    void setPosition(const XY<int>& position) { m_position = position; }
+    void setFocus(bool focus) { m_focus = focus; }
+    void setMaximised(bool maximised) { m_maximised = maximised; }
+    void setDisplayLocation(iImageBase::eLocation location) { m_location = location; }
+    // Called on the posting thread after each wake; the main loop installs one.
+    void setWakeListener(std::function<void()> listener) { m_wake_listener = std::move(listener); }
+
+    // What tests read
+    std::int32_t mode() const { return m_mode; }
+    bool initialised() const { return m_initialised; }
+    const WString& title() const { return m_title; }
+    std::uint64_t wakeCount() const { return m_wakes.load(); }
+    const Qv::Ptr<iEventHandler>& eventHandler() const { return m_handler; }
+    const Qv::Ptr<iRegion>& invalidRegion() const { return m_invalid; }   // united since the last take
+    bool wholeWindowInvalid() const { return m_whole_invalid; }
+    void takeInvalidRegion() { m_invalid = nullptr; m_whole_invalid = false; }
+    const Qv::Ptr<HostImage>& pixels() const { return m_pixels; }
+
+private:
+    std::int32_t m_mode;
+    iImageBase::eLocation m_location;
+    XY<int> m_size { 800, 600 };
+    XY<int> m_position;
+    bool m_title_bar = true;
+    bool m_maximised = false;
+    bool m_minimised = false;
+    bool m_focus = false;
+    bool m_active = true;
+    bool m_initialised = false;
+    WString m_title;
+    Qv::Ptr<iEventHandler> m_handler;
+    Qv::Ptr<iRegion> m_invalid;
+    bool m_whole_invalid = false;
+    Qv::Ptr<HostImage> m_pixels;
+    std::atomic<std::uint64_t> m_wakes { 0 };
+    std::function<void()> m_wake_listener;
+};
+
+} // namespace Headless

@@ -1,0 +1,99 @@
+#include "headless/HeadlessServices.h"
+
+#include "core/Log.h"
+#include "headless/HeadlessRootWindow.h"
+#include "headless/HostImage.h"
+#include "headless/PixmanRegion.h"
+
+#include <new>
+#include <sys/stat.h>
+
+Headless::Services& Headless::services()
+{
+    // Placement into static storage: constructed once, never destroyed.
+    alignas(Services) static unsigned char storage[sizeof(Services)];
+    static Services* const instance = new (storage) Services;
+    return *instance;
+}
+
+iOSServices* tela_defaultOSServices()
+{
+    return &Headless::services();
+}
+
+bool Headless::FileSystem::isDirectory(const WString& path)
+{
+    struct stat status {};
+    return ::stat(toUTF8(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool Headless::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode)
+{
+    auto window = Qv::make<RootWindow>(mode, static_cast<iImageBase::eLocation>(m_default_location));
+    m_last_window = window.get();
+    out = window;
+    return true;
+}
+
+bool Headless::Windowing::createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>&)
+{
+    out = nullptr;   // FIXME: child windows arrive with the video surface
+    return false;
+}
+
+bool Headless::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count)
+{
+    PixmanRegion::create(out, rects, count);
+    return true;
+}
+
+void Headless::Windowing::enumerateFonts(Qv::Set<WString>& names)
+{
+    names.insert(WString(u"DejaVu Sans"));
+}
+
+int Headless::Windowing::runMessageLoop()
+{
+    m_loop_stopped = false;   // FIXME: the event loop arrives with the event queue
+    return 0;
+}
+
+void Headless::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
+{
+    monitors.clear();
+    MonitorInfo primary;
+    primary.area = Qv::Rectangle<int> { 0, 0, 1920, 1080 };
+    primary.workArea = Qv::Rectangle<int> { 0, 0, 1920, 1040 };
+    primary.primary = true;
+    monitors.push_back(primary);
+}
+
+bool Headless::Imaging::toHostImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iGPUImage>& image)
+{
+    out = Qv::dynamicCast<iHostImage>(image);   // every headless image lives in host memory
+    return static_cast<bool>(out);
+}
+
+bool Headless::Imaging::toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image)
+{
+    out = Qv::dynamicCast<iGPUImage>(image);
+    return static_cast<bool>(out);
+}
+
+bool Headless::Imaging::createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location)
+{
+    out = HostImage::create(size, static_cast<iImageBase::eLocation>(location));
+    return static_cast<bool>(out);
+}
+
+bool Headless::Shell::userPicturesFolder(WString& out, int)
+{
+    out = WString(u"/tmp");
+    return true;
+}
+
+int Headless::Shell::messageBox(const WString& title, const WString& text, int, int)
+{
+    murl_printf("[%s] %s\n", toUTF8(title).c_str(), toUTF8(text).c_str());
+    return 1;
+}

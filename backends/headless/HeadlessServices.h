@@ -1,0 +1,105 @@
+// Headless: the embedded default platform. Everything lives in memory: windows are
+// pixel buffers, regions are pixman regions, and tests drive it directly.
+//
+// Start with Headless::services(): it gives the services object that OS() returns
+// when no other backend was installed, with the counters and controls tests use.
+#pragma once
+
+#include "headless/HeadlessAtomics.h"
+#include "headless/HeadlessMemory.h"
+#include "headless/HeadlessThreading.h"
+#include "platform/OS.h"
+#include "platform/iFileSystemService.h"
+#include "platform/iImagingService.h"
+#include "platform/iShellService.h"
+#include "platform/iSystemInfo.h"
+#include "platform/iWindowingService.h"
+
+namespace Headless {
+
+class RootWindow;
+
+class FileSystem final : public iFileSystemService {
+public:
+    bool isDirectory(const WString& path) override;
+    WString applicationName() override { return m_application_name.isNull() ? WString(u"Tela") : m_application_name; }
+    char16_t pathSeparator() override { return u'/'; }
+    void setApplicationName(const WString& name) { m_application_name = name; }
+private:
+    WString m_application_name;   // null until set: the services exist before any heap
+};
+
+class Windowing final : public iWindowingService {
+public:
+    bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) override;
+    bool createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>& parent) override;
+    bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) override;
+    void enumerateFonts(Qv::Set<WString>& names) override;
+    void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
+    bool isKeyDown(std::uint32_t modifierMask) override { return (m_held_modifiers & modifierMask) != 0; }
+    int runMessageLoop() override;
+    void shutdownMessageLoop() override { m_loop_stopped = true; }
+
+    // Scripted input: the modifiers isKeyDown reports as held.
+    void setHeldModifiers(std::uint32_t mask) { m_held_modifiers = mask; }
+    // The last window created, for tests that let the library make its own.
+    RootWindow* lastRootWindow() const { return m_last_window; }
+    // New windows use this display road (0 host memory, 1 composited).
+    void setDefaultDisplayLocation(int location) { m_default_location = location; }
+
+private:
+    std::uint32_t m_held_modifiers = 0;
+    RootWindow* m_last_window = nullptr;
+    int m_default_location = 0;
+    bool m_loop_stopped = false;
+};
+
+class SystemInfo final : public iSystemInfo {
+public:
+    void getMonitors(Qv::Vector<MonitorInfo>& monitors) override;
+    float uiScale() override { return 1.0f; }
+};
+
+class Imaging final : public iImagingService {
+public:
+    bool toHostImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iGPUImage>& image) override;
+    bool toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image) override;
+    bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) override;
+    void releaseGPUResources() override {}
+};
+
+class Shell final : public iShellService {
+public:
+    bool revealFile(const WString&) override { return true; }
+    bool viewDocument(const WString&) override { return true; }
+    bool userPicturesFolder(WString& out, int) override;
+    int messageBox(const WString& title, const WString& text, int buttons, int icon) override;
+};
+
+class Services final : public iOSServices {
+public:
+    Memory* memory() override { return &m_memory; }
+    FileSystem* fileSystem() override { return &m_file_system; }
+    Threading* threading() override { return &m_threading; }
+    Atomics* atomics() override { return &m_atomics; }
+    Windowing* windowing() override { return &m_windowing; }
+    SystemInfo* systemInfo() override { return &m_system_info; }
+    Imaging* imaging() override { return &m_imaging; }
+    Shell* shell() override { return &m_shell; }
+
+private:
+    Memory m_memory;
+    FileSystem m_file_system;
+    Threading m_threading;
+    Atomics m_atomics;
+    Windowing m_windowing;
+    SystemInfo m_system_info;
+    Imaging m_imaging;
+    Shell m_shell;
+};
+
+// The process's headless services; never destroyed, so that objects released during
+// static destruction still find their heap.
+Services& services();
+
+} // namespace Headless

@@ -1,0 +1,162 @@
+#include "headless/PixmanRegion.h"
+
+#include "core/Log.h"
+
+#include <atomic>
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+std::uint32_t next_identity()
+{
+    static std::atomic<std::uint32_t> counter { 0 };
+    return counter.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+const Headless::PixmanRegion* as_pixman(const Qv::Ptr<iRegion>& region)
+{
+    // Every region of this process is born in this backend's createRegion.
+    return static_cast<const Headless::PixmanRegion*>(region.get());
+}
+
+void report_allocation_failure_once()
+{
+    static std::atomic<bool> reported { false };
+    if (!reported.exchange(true))
+        murl_printf("PixmanRegion: out of memory; the result is empty\n");
+}
+
+// Clamps a move so that no coordinate leaves the range pixman can hold.
+int clamp_offset(long long offset)
+{
+    return static_cast<int>(std::clamp<long long>(offset, INT_MIN / 2, INT_MAX / 2));
+}
+
+} // namespace
+
+Headless::PixmanRegion::PixmanRegion()
+    : m_identity(next_identity())
+{
+    pixman_region32_init(&m_region);
+}
+
+Headless::PixmanRegion::~PixmanRegion()
+{
+    pixman_region32_fini(&m_region);
+}
+
+void Headless::PixmanRegion::adopt(Qv::Ptr<iRegion>& out, pixman_region32_t& region)
+{
+    if (!pixman_region32_not_empty(&region)) {
+        pixman_region32_fini(&region);
+        out = nullptr;
+        return;
+    }
+    Qv::Ptr<PixmanRegion> result(new PixmanRegion);
+    pixman_region32_fini(&result->m_region);
+    result->m_region = region;   // pixman regions move by plain copy of the struct
+    out = result;
+}
+
+void Headless::PixmanRegion::create(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count)
+{
+    pixman_region32_t region;
+    pixman_region32_init(&region);
+    if (count > 0 && rects) {
+        // pixman wants boxes; skip empty ones, which it would report as invalid.
+        Qv::Vector<pixman_box32_t> boxes;
+        boxes.reserve(count);
+        for (std::size_t index = 0; index < count; ++index) {
+            const TopDownRect& rect = rects[index];
+            if (rect.isEmpty())
+                continue;
+            boxes.push_back(pixman_box32_t { rect.left, rect.top, rect.right, rect.bottom });
+        }
+        // init_rects validates and, when the boxes are not banded, sorts them out itself.
+        pixman_region32_fini(&region);
+        if (!pixman_region32_init_rects(&region, boxes.data(), static_cast<int>(boxes.size()))) {
+            report_allocation_failure_once();
+            pixman_region32_init(&region);
+        }
+    }
+    adopt(out, region);
+}
+
+void Headless::PixmanRegion::getBox(Qv::Box<int>& box) const
+{
+    const pixman_box32_t* extents = pixman_region32_extents(raw());
+    box = Qv::Box<int> { extents->x1, extents->y1, extents->x2, extents->y2 };
+}
+
+bool Headless::PixmanRegion::isRectangular() const
+{
+    return pixman_region32_n_rects(raw()) == 1;
+}
+
+bool Headless::PixmanRegion::equals(const Qv::Ptr<iRegion>& other) const
+{
+    if (!other)
+        return false;   // this region is never empty
+    return pixman_region32_equal(raw(), as_pixman(other)->raw());
+}
+
+bool Headless::PixmanRegion::contains(const XY<int>& point) const
+{
+    return pixman_region32_contains_point(raw(), point.x, point.y, nullptr);
+}
+
+void Headless::PixmanRegion::translateInPlace(int dx, int dy)
+{
+    pixman_region32_translate(&m_region, clamp_offset(dx), clamp_offset(dy));
+    m_identity = next_identity();
+}
+
+void Headless::PixmanRegion::translated(Qv::Ptr<iRegion>& out, int dx, int dy) const
+{
+    pixman_region32_t copy;
+    pixman_region32_init(&copy);
+    if (!pixman_region32_copy(&copy, raw()))
+        report_allocation_failure_once();
+    if (dx || dy)
+        pixman_region32_translate(&copy, clamp_offset(dx), clamp_offset(dy));
+    adopt(out, copy);
+}
+
+void Headless::PixmanRegion::combine(Qv::Ptr<iRegion>& out, const Qv::Ptr<iRegion>& other, Operation operation) const
+{
+    pixman_region32_t result;
+    pixman_region32_init(&result);
+    pixman_region32_t empty;
+    pixman_region32_init(&empty);
+    pixman_region32_t* const other_raw = other ? as_pixman(other)->raw() : &empty;
+    if (!operation(&result, raw(), other_raw))
+        report_allocation_failure_once();
+    pixman_region32_fini(&empty);
+    adopt(out, result);
+}
+
+void Headless::PixmanRegion::intersected(Qv::Ptr<iRegion>& out, const Qv::Ptr<iRegion>& other) const
+{
+    combine(out, other, pixman_region32_intersect);
+}
+
+void Headless::PixmanRegion::united(Qv::Ptr<iRegion>& out, const Qv::Ptr<iRegion>& other) const
+{
+    combine(out, other, pixman_region32_union);
+}
+
+void Headless::PixmanRegion::subtracted(Qv::Ptr<iRegion>& out, const Qv::Ptr<iRegion>& other) const
+{
+    combine(out, other, pixman_region32_subtract);
+}
+
+void Headless::PixmanRegion::getRects(Qv::Vector<TopDownRect>& rects) const
+{
+    int count = 0;
+    const pixman_box32_t* boxes = pixman_region32_rectangles(raw(), &count);
+    rects.clear();
+    rects.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index)
+        rects.push_back(TopDownRect { boxes[index].x1, boxes[index].y1, boxes[index].x2, boxes[index].y2 });
+}

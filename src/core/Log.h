@@ -1,0 +1,18 @@
+// Log.h: murl_printf, the library's one output channel for run-time trouble.
+// Text goes to stderr, or to the sink a test installs to read it back.
+#pragma once
+
+#include <cstdarg>
+
+void murl_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+void murl_vprintf(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
+
+namespace Qv {
+// Receives each formatted message. Passing null restores stderr. Returns the previous sink.
+using LogSink = void (*)(const char* text, void* context);
+struct LogSinkRecord {
+    LogSink sink = nullptr;
+    void* context = nullptr;
+};
+LogSinkRecord setLogSink(LogSinkRecord record);
+} // namespace Qv

@@ -1,0 +1,46 @@
+// OS.h: the seam. All contact with the operating system goes through OS(); the
+// library never keeps the pointer, it calls OS() afresh for each use.
+//
+// A backend installs its services once, before Tela::Application is constructed.
+// When none has been installed, the first call of OS() installs the embedded
+// headless backend, so that tests and tools need no set-up.
+#pragma once
+
+class iMemoryService;
+class iFileSystemService;
+class iThreadingService;
+class iAtomicsService;
+class iWindowingService;
+class iSystemInfo;
+class iImagingService;
+class iShellService;
+
+// Accessors in slot order; the reserved slots are ones the library never calls.
+class iOSServices {
+public:
+    virtual void reserved0() {}
+    virtual iMemoryService* memory() = 0;
+    virtual void reserved2() {}
+    virtual void reserved3() {}
+    virtual iFileSystemService* fileSystem() = 0;
+    virtual iThreadingService* threading() = 0;
+    virtual iAtomicsService* atomics() = 0;
+    virtual void reserved7() {}
+    virtual iWindowingService* windowing() = 0;
+    virtual iSystemInfo* systemInfo() = 0;
+    virtual void reserved10() {}
+    virtual iImagingService* imaging() = 0;
+    virtual void reserved12() {}
+    virtual iShellService* shell() = 0;
+protected:
+    ~iOSServices() = default;
+};
+
+// Never null. Safe on any thread.
+iOSServices* OS();
+
+namespace Tela {
+// Installs the services of a backend; the object must outlive every use of OS().
+// Returns false (and changes nothing) when services are already installed.
+bool installOSServices(iOSServices* services);
+} // namespace Tela

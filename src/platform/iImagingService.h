@@ -1,0 +1,15 @@
+// iImagingService: moves images between host memory and the composited surface.
+#pragma once
+
+#include "core/Ptr.h"
+#include "platform/iImage.h"
+
+class iImagingService {
+public:
+    virtual bool toHostImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iGPUImage>& image) = 0;
+    virtual bool toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image) = 0;
+    virtual bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) = 0;
+    virtual void releaseGPUResources() = 0;
+protected:
+    ~iImagingService() = default;
+};

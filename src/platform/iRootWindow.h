@@ -1,0 +1,53 @@
+// iRootWindow: the native top-level window a RootCanvas stands for.
+// Main thread only, except postWake, which any thread may call.
+#pragma once
+
+#include "core/LightweightString.h"
+#include "core/Ptr.h"
+#include "platform/Geometry.h"
+#include "platform/iEventHandler.h"
+#include "platform/iGraphicPrimitivesRenderer.h"
+#include "platform/iImage.h"
+#include "platform/iRegion.h"
+
+#include <cstdint>
+
+class iPeriodicTimer : public iObject {
+public:
+    virtual void stop() = 0;
+};
+
+class iRootWindow : public iObject {
+public:
+    struct InitArgs {
+        std::int32_t mode = 0;            // 0 normal, 1 maximised, 2 full screen
+        WString title;
+        XY<int> position;
+        XY<int> size { 800, 600 };
+        bool titleBar = true;
+    };
+
+    virtual iImageBase::eLocation displayLocation() const = 0;
+    virtual void getSize(XY<int>& size) const = 0;
+    virtual bool getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags) = 0;
+    virtual bool createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size) = 0;
+    virtual bool initWindow(const InitArgs& args) = 0;
+    virtual void getPosition(XY<int>& position) const = 0;
+    virtual void getBox(Qv::Box<int>& box) const = 0;
+    virtual bool hasTitleBar() const = 0;
+    virtual bool isMaximized() const = 0;
+    virtual bool isMinimized() const = 0;
+    virtual bool hasFocus() const = 0;
+    virtual void* nativeHandle() const = 0;
+    virtual bool isActive() const = 0;
+    virtual void setUseWindowsTitleBar(bool use) = 0;
+    virtual void setActive(bool active) = 0;
+    virtual void postWake() = 0;                  // any thread: the main loop wakes and sends a UserEvent
+    virtual void setTitle(const WString& title) = 0;
+    virtual void minimise() = 0;
+    virtual void claimFocus() = 0;
+    virtual void setEventHandler(const Qv::Ptr<iEventHandler>& handler) = 0;
+    virtual bool dragFiles(const Qv::Vector<WString>& files) = 0;
+    virtual bool createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds) = 0;
+    virtual void invalidate(const Qv::Ptr<iRegion>& region) = 0;   // window coordinates; null is all
+};

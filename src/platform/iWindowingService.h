@@ -1,0 +1,29 @@
+// iWindowingService: root windows, regions, fonts, keys and the main loop.
+// Main thread only, except createRegion, which any thread may call.
+#pragma once
+
+#include "core/LightweightString.h"
+#include "core/Memory.h"
+#include "core/Ptr.h"
+#include "platform/Geometry.h"
+#include "platform/iRegion.h"
+#include "platform/iRootWindow.h"
+
+#include <cstddef>
+#include <cstdint>
+
+class iWindowingService {
+public:
+    virtual bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) = 0;
+    virtual bool createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>& parent) = 0;
+    // rects arrive banded: row by row from the top, left to right within a row. A platform
+    // must still accept rectangles out of that order and normalise them.
+    virtual bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) = 0;
+    virtual void enumerateFonts(Qv::Set<WString>& names) = 0;
+    virtual void defaultFontName(WString& out) = 0;
+    virtual bool isKeyDown(std::uint32_t modifierMask) = 0;
+    virtual int runMessageLoop() = 0;
+    virtual void shutdownMessageLoop() = 0;
+protected:
+    ~iWindowingService() = default;
+};
