@@ -1,5 +1,7 @@
 #include "headless/HeadlessRootWindow.h"
 
+#include "headless/HeadlessServices.h"
+
 namespace {
 
 class NullTimer final : public iPeriodicTimer {
@@ -14,6 +16,12 @@ Headless::RootWindow::RootWindow(std::int32_t mode, iImageBase::eLocation locati
     , m_location(location)
     , m_pixels(HostImage::create(m_size, location))
 {
+    services().windowing()->mainLoop().registerWindow(this);
+}
+
+Headless::RootWindow::~RootWindow()
+{
+    services().windowing()->mainLoop().unregisterWindow(this);
 }
 
 bool Headless::RootWindow::getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags)
@@ -41,8 +49,7 @@ bool Headless::RootWindow::initWindow(const InitArgs& args)
 void Headless::RootWindow::postWake()
 {
     m_wakes.fetch_add(1);
-    if (m_wake_listener)
-        m_wake_listener();
+    services().windowing()->mainLoop().wake(this);
 }
 
 bool Headless::RootWindow::dragFiles(const Qv::Vector<WString>& files)

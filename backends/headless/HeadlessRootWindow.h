@@ -11,13 +11,15 @@
 #include "platform/iRootWindow.h"
 
 #include <atomic>
-#include <functional>
 
 namespace Headless {
 
 class RootWindow final : public iRootWindow {
 public:
     explicit RootWindow(std::int32_t mode, iImageBase::eLocation location = iImageBase::eHostMemory);
+    ~RootWindow() override;
+    RootWindow(const RootWindow&) = delete;
+    RootWindow& operator=(const RootWindow&) = delete;
 
     // iRootWindow
     iImageBase::eLocation displayLocation() const override { return m_location; }
@@ -50,8 +52,6 @@ public:
     void setFocus(bool focus) { m_focus = focus; }
     void setMaximised(bool maximised) { m_maximised = maximised; }
     void setDisplayLocation(iImageBase::eLocation location) { m_location = location; }
-    // Called on the posting thread after each wake; the main loop installs one.
-    void setWakeListener(std::function<void()> listener) { m_wake_listener = std::move(listener); }
 
     // What tests read
     std::int32_t mode() const { return m_mode; }
@@ -81,7 +81,6 @@ private:
     bool m_whole_invalid = false;
     Qv::Ptr<HostImage> m_pixels;
     std::atomic<std::uint64_t> m_wakes { 0 };
-    std::function<void()> m_wake_listener;
 };
 
 } // namespace Headless

@@ -54,8 +54,7 @@ void Headless::Windowing::enumerateFonts(Qv::Set<WString>& names)
 
 int Headless::Windowing::runMessageLoop()
 {
-    m_loop_stopped = false;   // FIXME: the event loop arrives with the event queue
-    return 0;
+    return m_main_loop.run();
 }
 
 void Headless::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)

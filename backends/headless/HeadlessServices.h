@@ -6,6 +6,7 @@
 #pragma once
 
 #include "headless/HeadlessAtomics.h"
+#include "headless/HeadlessMainLoop.h"
 #include "headless/HeadlessMemory.h"
 #include "headless/HeadlessThreading.h"
 #include "platform/OS.h"
@@ -38,7 +39,7 @@ public:
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
     bool isKeyDown(std::uint32_t modifierMask) override { return (m_held_modifiers & modifierMask) != 0; }
     int runMessageLoop() override;
-    void shutdownMessageLoop() override { m_loop_stopped = true; }
+    void shutdownMessageLoop() override { m_main_loop.stop(); }
 
     // Scripted input: the modifiers isKeyDown reports as held.
     void setHeldModifiers(std::uint32_t mask) { m_held_modifiers = mask; }
@@ -46,12 +47,14 @@ public:
     RootWindow* lastRootWindow() const { return m_last_window; }
     // New windows use this display road (0 host memory, 1 composited).
     void setDefaultDisplayLocation(int location) { m_default_location = location; }
+    // The loop behind runMessageLoop; tests may drive it with runPending().
+    MainLoop& mainLoop() { return m_main_loop; }
 
 private:
     std::uint32_t m_held_modifiers = 0;
     RootWindow* m_last_window = nullptr;
     int m_default_location = 0;
-    bool m_loop_stopped = false;
+    MainLoop m_main_loop;
 };
 
 class SystemInfo final : public iSystemInfo {

@@ -1,0 +1,52 @@
+// HeadlessMainLoop: the main loop of the headless platform.
+//
+// Invariants
+// - A wake posted on a window (any thread) becomes exactly one UserEvent delivered to
+//   that window's iEventHandler on the thread running the loop, in posting order per
+//   window. Wakes are counted, not stored, so a million sends cost no memory here.
+// - A window that dies with wakes pending unregisters first; nothing is delivered to it.
+// - The loop's mutex is never held while a handler runs, so a handler may post wakes
+//   and postWake never waits on the main thread.
+#pragma once
+
+#include "core/Memory.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace Headless {
+
+class RootWindow;
+
+class MainLoop {
+public:
+    void registerWindow(RootWindow* window);
+    void unregisterWindow(RootWindow* window);
+    void wake(RootWindow* window);          // any thread
+
+    // Runs until stop(); returns 0. Called on the main thread.
+    int run();
+    // Asks run() to return once the handler now running is done. Any thread.
+    void stop();
+    // Delivers every wake pending now, without waiting; returns how many. For tests.
+    std::size_t runPending();
+
+private:
+    struct WindowWakes {
+        RootWindow* window;
+        std::uint64_t pending;
+    };
+
+    // Takes one pending wake; false when there is none. Called with m_mutex held.
+    bool take_wake(RootWindow*& window);
+    void deliver(RootWindow* window);
+
+    std::mutex m_mutex;
+    std::condition_variable m_woken;
+    Qv::Vector<WindowWakes> m_windows;
+    std::size_t m_next_window = 0;           // round robin between windows
+    bool m_stop_requested = false;
+};
+
+} // namespace Headless

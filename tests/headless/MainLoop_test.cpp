@@ -1,0 +1,139 @@
+#include "headless/HeadlessRootWindow.h"
+#include "headless/HeadlessServices.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Counts the wakes it receives and stops the loop once it has seen `expected`.
+class CountingHandler final : public iEventHandler {
+public:
+    explicit CountingHandler(std::uint64_t expected) : m_expected(expected) {}
+
+    eRC handleEvent(const UserEvent&) override
+    {
+        if (++m_seen == m_expected)
+            OS()->windowing()->shutdownMessageLoop();
+        return eHandled;
+    }
+    eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
+    eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
+    eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
+    eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
+    eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
+    eRC handleEvent(const WindowEvent&) override { return eNotHandled; }
+    eRC handleEvent(const PaintEvent&) override { return eNotHandled; }
+    eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
+    eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
+
+    std::uint64_t seen() const { return m_seen; }
+
+private:
+    std::uint64_t m_expected;
+    std::uint64_t m_seen = 0;
+};
+
+Qv::Ptr<Headless::RootWindow> make_window()
+{
+    Qv::Ptr<iRootWindow> window;
+    OS()->windowing()->createRootWindow(window, 0);
+    return Qv::dynamicCast<Headless::RootWindow>(window);
+}
+
+} // namespace
+
+TEST(HeadlessMainLoopTest, EveryWakeFromAnyThreadBecomesOneUserEvent)
+{
+    constexpr int PRODUCERS = 4;
+    constexpr int WAKES_EACH = 5000;
+    auto window = make_window();
+    auto handler = Qv::make<CountingHandler>(PRODUCERS * WAKES_EACH);
+    window->setEventHandler(handler);
+
+    std::vector<std::thread> producers;
+    for (int producer = 0; producer < PRODUCERS; ++producer)
+        producers.emplace_back([&] {
+            for (int wake = 0; wake < WAKES_EACH; ++wake)
+                window->postWake();
+        });
+    EXPECT_EQ(OS()->windowing()->runMessageLoop(), 0);
+    for (auto& producer : producers)
+        producer.join();
+
+    EXPECT_EQ(handler->seen(), std::uint64_t(PRODUCERS * WAKES_EACH));
+    EXPECT_EQ(window->wakeCount(), std::uint64_t(PRODUCERS * WAKES_EACH));
+    EXPECT_EQ(Headless::services().windowing()->mainLoop().runPending(), 0u);
+}
+
+TEST(HeadlessMainLoopTest, WakesOfADeadWindowAreNeverDelivered)
+{
+    auto survivor = make_window();
+    auto survivor_handler = Qv::make<CountingHandler>(0);
+    survivor->setEventHandler(survivor_handler);
+    {
+        auto doomed = make_window();
+        doomed->setEventHandler(Qv::make<CountingHandler>(0));
+        doomed->postWake();
+        doomed->postWake();
+    }
+    survivor->postWake();
+    EXPECT_EQ(Headless::services().windowing()->mainLoop().runPending(), 1u);
+    EXPECT_EQ(survivor_handler->seen(), 1u);
+}
+
+TEST(HeadlessRootWindowTest, TestsSetSizePositionAndFocus)
+{
+    auto window = make_window();
+    iRootWindow::InitArgs args;
+    args.size = XY<int>(320, 200);
+    args.title = WString(u"Gallery");
+    ASSERT_TRUE(window->initWindow(args));
+    XY<int> size;
+    window->getSize(size);
+    EXPECT_EQ(size, XY<int>(320, 200));
+
+    window->setSize(XY<int>(64, 48));
+    window->setPosition(XY<int>(10, 20));
+    window->setFocus(true);
+    window->getSize(size);
+    XY<int> position;
+    window->getPosition(position);
+    EXPECT_EQ(size, XY<int>(64, 48));
+    EXPECT_EQ(position, XY<int>(10, 20));
+    EXPECT_TRUE(window->hasFocus());
+    XY<int> pixel_size;
+    window->pixels()->getSize(pixel_size);
+    EXPECT_EQ(pixel_size, size);   // the buffer follows the window
+}
+
+TEST(HeadlessHostImageTest, OffscreenImagesTakeTheWindowsRoadAndLockTheirPixels)
+{
+    auto window = make_window();
+    window->setDisplayLocation(iImageBase::eGPU);
+    Qv::Ptr<iImage> image;
+    ASSERT_TRUE(window->createOffscreenImage(image, XY<int>(3, 2)));
+    EXPECT_EQ(image->location(), iImageBase::eGPU);
+
+    auto host = Qv::dynamicCast<Headless::HostImage>(image);
+    ASSERT_TRUE(host);
+    {
+        Qv::Ptr<iPixelGuard> guard = host->lock();
+        EXPECT_TRUE(host->isLocked());
+        EXPECT_EQ(guard->stride(), 12);
+        EXPECT_EQ(guard->size(), XY<int>(3, 2));
+        guard->pixels()[guard->stride() + 4 + 3] = 0xFF;   // alpha of pixel (1, 1)
+        image = nullptr;   // the guard keeps the image alive
+        EXPECT_EQ(host->pixelAt(1, 1), 0xFF000000u);
+    }
+    EXPECT_FALSE(host->isLocked());
+}
+
+TEST(HeadlessHostImageTest, AbsurdSizesAreRefusedWithAMessage)
+{
+    EXPECT_FALSE(Headless::HostImage::create(XY<int>(-1, 10)));
+    EXPECT_FALSE(Headless::HostImage::create(XY<int>(1 << 20, 1 << 20)));
+}
