@@ -1,0 +1,199 @@
+#include "canvas/Canvas.h"
+
+#include "canvas/CanvasClient.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/Coordinates.h"
+#include "app/TelaState.h"
+#include "platform/OS.h"
+#include "platform/iAtomicsService.h"
+#include "vector/GraphicsState.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// Main-thread state of the tree. The serial only grows, so ids in traces are
+// never reused within a run.
+Canvas* s_current_canvas = nullptr;
+std::int32_t s_next_serial = 0;
+int s_live_canvases = 0;
+bool s_exiting = false;
+
+} // namespace
+
+Canvas::Canvas(CanvasClient* owner, Canvas* parentCanvas, bool)
+{
+    init();
+    client = owner;
+    ++s_live_canvases;
+    if (parentCanvas) {
+        window = parentCanvas->window;
+        canvas_connect(this, parentCanvas, canvas_highest_normal_level(parentCanvas) + 1);
+    }
+}
+
+Canvas::Canvas(const Canvas& other) : Qv::InternalRefCount(other), iVirtual(other), iObject(other)
+{
+    *this = other;
+    ++s_live_canvases;
+}
+
+Canvas& Canvas::operator=(const Canvas& other)
+{
+    if (this == &other)
+        return *this;
+    parent = other.parent;
+    youngestChild = other.youngestChild;
+    oldestChild = other.oldestChild;
+    youngerSibling = other.youngerSibling;
+    olderSibling = other.olderSibling;
+    childCount = other.childCount;
+    id = other.id;
+    mapped = other.mapped;
+    lightweight = other.lightweight;
+    std::memcpy(matrix, other.matrix, sizeof matrix);
+    std::memcpy(inverseMatrix, other.inverseMatrix, sizeof inverseMatrix);
+    dirty = other.dirty;
+    canvasFlags = other.canvasFlags;
+    interest = other.interest;
+    client = other.client;
+    stickyId = other.stickyId;
+    lastTimerEventTime = other.lastTimerEventTime;
+    offscreenBuffer = other.offscreenBuffer;
+    osRenderer = other.osRenderer;
+    window = other.window;
+    m_shape = other.m_shape;
+    updateRegion = other.updateRegion;
+    visibleRegion = other.visibleRegion;
+    pickable = other.pickable;
+    useAlphaChannel = other.useAlphaChannel;
+    drawMethod = other.drawMethod;
+    opacity = other.opacity;
+    renderer = other.renderer;
+    edgeEffect = other.edgeEffect;
+    revision = other.revision;
+    return *this;
+}
+
+Canvas::~Canvas()
+{
+    // Nothing may be reported for a canvas that is going away.
+    renderer.clear();
+    --s_live_canvases;
+}
+
+void Canvas::init()
+{
+    parent = youngestChild = oldestChild = youngerSibling = olderSibling = nullptr;
+    childCount = 0;
+    id = ++s_next_serial;
+    mapped = 1;
+    lightweight = 0;
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            matrix[row][column] = inverseMatrix[row][column] = row == column ? 1.0 : 0.0;
+    dirty = 0;
+    canvasFlags = 0;
+    interest = kDefaultInterest;
+    client = nullptr;
+    stickyId = -1;
+    lastTimerEventTime = 0;
+    offscreenBuffer = nullptr;
+    osRenderer = nullptr;
+    window = nullptr;
+    m_shape = nullptr;
+    updateRegion = nullptr;
+    visibleRegion = nullptr;
+    pickable = true;
+    useAlphaChannel = false;
+    drawMethod = eBuffered;
+    opacity = 1.0;
+    edgeEffect = SurroundParams();
+    revision = 0;
+}
+
+void Canvas::handleMouseContainment(bool contained)
+{
+    if (client)
+        client->handleMouseContainment(contained);
+}
+
+Canvas* Canvas::getRootParent() const
+{
+    const Canvas* canvas = this;
+    while (canvas->parent)
+        canvas = canvas->parent;
+    return const_cast<Canvas*>(canvas);
+}
+
+XY<int> Canvas::getPosition() const
+{
+    Canvas* first_root = tela_rootcanvas();
+    if (!first_root || first_root == this || !m_shape)
+        return {};
+    Qv::Box<int> box;
+    m_shape->getBox(box);
+    return {box.x1, box.y1};
+}
+
+XY<int> Canvas::getDimensions() const
+{
+    if (!m_shape)
+        return {};
+    Qv::Box<int> box;
+    m_shape->getBox(box);
+    return {std::abs(box.x2 - box.x1), std::abs(box.y2 - box.y1)};
+}
+
+bool Canvas::isContained(const XY<int>& position) const
+{
+    if (!m_shape)
+        return false;
+    const XY<int> window_point(position.x, telaScreenYTowin32ScreenY(getRootParent(), position.y));
+    return m_shape->contains(window_point);
+}
+
+bool Canvas::isOpaqueAt(const XY<int>& position) const
+{
+    return !client || client->isOpaqueAt(position);
+}
+
+void Canvas::shape(const Qv::Ptr<iRegion>& region)
+{
+    if (region.get() != m_shape.get())
+        m_shape = region;
+}
+
+void Canvas::incRevision()
+{
+    OS()->atomics()->atomicIncrement(&revision);
+}
+
+Canvas* tela_currentcanvas()
+{
+    return s_current_canvas;
+}
+
+void tela_setcanvas(Canvas* canvas)
+{
+    s_current_canvas = canvas;
+    if (canvas)
+        CTM_update(canvas->matrix);
+}
+
+void tela_exiting(bool exiting)
+{
+    s_exiting = exiting;
+}
+
+bool tela_exiting()
+{
+    return s_exiting;
+}
+
+int tela_live_canvas_count()
+{
+    return s_live_canvases;
+}

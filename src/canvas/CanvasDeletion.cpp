@@ -1,0 +1,77 @@
+// tela_deletecanvas: takes a canvas and its subtree out of every place that
+// may still name it, in an order later steps rely on, then destroys it.
+
+#include "canvas/CanvasTree.h"
+
+#include "app/Diagnostics.h"
+#include "app/TelaState.h"
+#include "canvas/Canvas.h"
+#include "canvas/Mapping.h"
+#include "canvas/Picking.h"
+#include "canvas/UpdateTracking.h"
+#include "events/EventQueue.h"
+#include "input/MouseContainmentManager.h"
+#include "vector/GraphicsState.h"
+
+namespace {
+
+constexpr int kMouseClass = 0x100;
+
+} // namespace
+
+void tela_deletecanvas(Canvas* canvas)
+{
+    if (!canvas)
+        return;
+    TelaState& state = tela_state();
+
+    Canvas* root = canvas->getRootParent();
+
+    if (gstate_stack_holds_canvas(canvas))
+        gstate_stack_replace_canvas(canvas);
+
+    if (event_get_kbd_focus() == canvas)
+        event_set_kbd_focus(tela_rootcanvas());
+
+    if (state.captureCanvas == canvas) {
+        state.captureCanvas = nullptr;
+        event_flush(canvas, kMouseClass, false);
+    }
+
+    canvupd_mark_clean(canvas);
+    tela_unmapcanvas(canvas);
+
+    // A corrupt tree (a loop made despite the warning) would never run out of
+    // children; the live count bounds the work.
+    const int live_before = tela_live_canvas_count();
+    int deletions = 0;
+    for (Canvas* child = canvas->youngestChild; child;) {
+        Canvas* next = child->olderSibling;
+        if (++deletions > live_before)
+            tela_splat("canvas_free: endless loop");
+        else
+            tela_deletecanvas(child);
+        child = next;
+    }
+
+    if (tela_currentcanvas() == canvas)
+        tela_setcanvas(nullptr);
+
+    canvas_disconnect(canvas);
+    event_flush(canvas, 0, false);
+
+    canvas->shape(nullptr);
+    canvas->updateRegion = nullptr;
+
+    if (state.currentMouseCanvas == canvas) {
+        if (!canvas->isRoot()) {
+            const MouseEvent& last = state.lastMouseEvent;
+            state.currentMouseCanvas = canvas_pick(root, last.position);
+        }
+        // Whatever the pick found, the stored value is dropped: callers rely on it.
+        state.currentMouseCanvas = nullptr;
+    }
+
+    Tela::MouseContainmentManager::removeCanvas(canvas);
+    delete canvas; // the virtual destructor; the block goes back through the seam
+}

@@ -1,0 +1,8 @@
+#pragma once
+// Mapping: whether a canvas wishes to be shown. A canvas shows once it and
+// every ancestor are mapped and it has a shape. The root is never unmapped.
+
+class Canvas;
+
+void tela_mapcanvas(Canvas* canvas);   // null or already mapped: nothing
+void tela_unmapcanvas(Canvas* canvas); // no-op while exiting, for roots and null

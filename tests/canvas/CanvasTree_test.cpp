@@ -1,0 +1,323 @@
+#include "app/TelaState.h"
+#include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/CanvasWalk.h"
+#include "events/EventQueue.h"
+#include "vector/GraphicsState.h"
+
+#include "support/LiveBlocks.h"
+#include "support/ReportCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Order = std::vector<Canvas*>;
+
+// A plain model of one tree: children of each node, oldest first.
+struct ModelTree {
+    std::map<Canvas*, Order> children;
+
+    void connect(Canvas* child, Canvas* parent, int level)
+    {
+        for (auto& [node, list] : children)
+            list.erase(std::remove(list.begin(), list.end(), child), list.end());
+        Order& siblings = children[parent];
+        level = std::clamp(level, 0, static_cast<int>(siblings.size()));
+        siblings.insert(siblings.begin() + level, child);
+        children[child];
+    }
+
+    void post_order(Canvas* node, bool youngest_first, Order& out)
+    {
+        Order list = children[node];
+        if (youngest_first)
+            std::reverse(list.begin(), list.end());
+        for (Canvas* child : list)
+            post_order(child, youngest_first, out);
+        out.push_back(node);
+    }
+
+    void pre_order(Canvas* node, bool youngest_first, Order& out)
+    {
+        out.push_back(node);
+        Order list = children[node];
+        if (youngest_first)
+            std::reverse(list.begin(), list.end());
+        for (Canvas* child : list)
+            pre_order(child, youngest_first, out);
+    }
+};
+
+Order walk(Canvas* root, Canvas* (*next)(Canvas*, Canvas*))
+{
+    Order out;
+    for (Canvas* c = next(root, nullptr); c; c = next(root, c))
+        out.push_back(c);
+    return out;
+}
+
+// Removes whatever a test left as a root of the library state.
+struct RootRegistration {
+    explicit RootRegistration(Canvas* root) { tela_state().rootWindows.push_back(RootWindowRec{{}, root}); }
+    ~RootRegistration() { tela_state().rootWindows.clear(); }
+};
+
+} // namespace
+
+TEST(CanvasTree, random_connections_agree_with_a_model_in_links_levels_and_every_walk)
+{
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 rng(seed);
+        Canvas* root = tela_newcanvas(nullptr, nullptr);
+        ModelTree model;
+        model.children[root];
+        std::vector<Canvas*> nodes{root};
+        for (int i = 0; i < 30; ++i) {
+            Canvas* parent = nodes[rng() % nodes.size()];
+            const int level = static_cast<int>(rng() % 8) - 2; // some below 0, some beyond the count
+            Canvas* child = tela_newcanvas(nullptr, nullptr);
+            canvas_connect(child, parent, level);
+            model.connect(child, parent, level);
+            nodes.push_back(child);
+        }
+        // Restack some of them: levels count after the canvas has left its place.
+        for (int i = 0; i < 20; ++i) {
+            Canvas* c = nodes[1 + rng() % (nodes.size() - 1)];
+            const int level = static_cast<int>(rng() % 6);
+            canvas_set_level(c, level);
+            model.connect(c, c->parent, level);
+        }
+
+        for (Canvas* node : nodes) {
+            const Order& expected = model.children[node];
+            ASSERT_EQ(canvas_child_count(node), static_cast<int>(expected.size()));
+            EXPECT_EQ(walk(node, canvas_walk_children_oldest_first), expected);
+            Order reversed(expected.rbegin(), expected.rend());
+            EXPECT_EQ(walk(node, canvas_walk_children), reversed);
+            for (std::size_t level = 0; level < expected.size(); ++level) {
+                Canvas* child = expected[level];
+                EXPECT_EQ(canvas_sibling_level(child), static_cast<int>(level));
+                EXPECT_EQ(child->parent, node);
+                EXPECT_EQ(walk(child, canvas_walk_older_siblings), Order(reversed.end() - level, reversed.end()));
+                EXPECT_EQ(canvas_is_topmost(child), level + 1 == expected.size());
+            }
+        }
+
+        Order expected;
+        model.post_order(root, true, expected);
+        EXPECT_EQ(walk(root, canvas_walk_subtree), expected);
+        expected.clear();
+        model.post_order(root, false, expected);
+        EXPECT_EQ(walk(root, canvas_walk_subtree_reverse), expected);
+        expected.clear();
+        model.pre_order(root, true, expected);
+        EXPECT_EQ(walk(root, canvas_walk_postorder_youngest_first), expected);
+        EXPECT_EQ(walk(root, canvas_walk_postorder), expected);
+        expected.clear();
+        model.pre_order(root, false, expected);
+        EXPECT_EQ(walk(root, canvas_walk_postorder_oldest_first), expected);
+
+        // A walk over a subtree stays inside it.
+        Canvas* inner = nodes[nodes.size() / 2];
+        expected.clear();
+        model.pre_order(inner, true, expected);
+        EXPECT_EQ(walk(inner, canvas_walk_postorder), expected);
+        for (Canvas* c : walk(inner, canvas_walk_subtree))
+            EXPECT_TRUE(canvas_is_child(inner, c));
+
+        tela_deletecanvas(root);
+    }
+}
+
+TEST(CanvasTree, null_roots_end_every_walk_at_once)
+{
+    for (auto next : {canvas_walk_ancestors, canvas_walk_children, canvas_walk_children_oldest_first,
+                      canvas_walk_older_siblings, canvas_walk_younger_siblings, canvas_walk_subtree,
+                      canvas_walk_subtree_reverse, canvas_walk_postorder, canvas_walk_postorder_youngest_first,
+                      canvas_walk_postorder_oldest_first})
+        EXPECT_EQ(next(nullptr, nullptr), nullptr);
+}
+
+TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
+{
+    Canvas* parent = tela_newcanvas(nullptr, nullptr);
+    Canvas* first = tela_newcanvas(nullptr, parent);
+    EXPECT_EQ(canvas_sibling_level(first), 0);
+    Canvas* pinned = tela_newcanvas(nullptr, parent);
+    canvasKeepTopmost(pinned, true);
+    Canvas* second = tela_newcanvas(nullptr, parent);
+    // Born below the keep-topmost child.
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, second, pinned}));
+
+    canvas_pop_to_top(first, false);
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{second, first, pinned}));
+
+    canvas_pop_to_top(pinned, false); // already keep-topmost: the very top, flag kept
+    EXPECT_TRUE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_TRUE(canvas_is_topmost(pinned));
+
+    canvas_pop_to_top(second, true); // forced: the very top, and now pinned too
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
+    EXPECT_TRUE(second->canvasFlags & Canvas::kKeepTopmost);
+
+    canvasKeepTopmost(pinned, false); // just above the highest ordinary child
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
+    EXPECT_FALSE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    canvasKeepTopmost(second, false);
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
+
+    canvas_push_to_bottom(second);
+    EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{second, first, pinned}));
+    tela_deletecanvas(parent);
+}
+
+TEST(CanvasTree, misuse_is_reported_and_the_call_carries_on)
+{
+    ReportCapture reports;
+    Canvas* a = tela_newcanvas(nullptr, nullptr);
+    Canvas* b = tela_newcanvas(nullptr, a);
+    Canvas* c = tela_newcanvas(nullptr, b);
+
+    canvas_connect(b, nullptr, 0);
+    EXPECT_EQ(reports.text(), "canvas_connect: bad parent");
+    EXPECT_EQ(b->parent, a);
+    reports.clear();
+
+    // Connecting a canvas below its own descendant is reported and done.
+    canvas_connect(b, c, 0);
+    EXPECT_EQ(reports.text(), "canvas_connect: attempt to make loop in canvas tree");
+    EXPECT_EQ(b->parent, c);
+    EXPECT_EQ(c->parent, b);
+    EXPECT_EQ(a->childCount, 0);
+    canvas_disconnect(b); // untangle before deleting
+    reports.clear();
+
+    canvas_connect(b, a, 0);
+    a->childCount = 0; // a corrupt count
+    canvas_disconnect(b);
+    EXPECT_EQ(reports.text(), "canvas_disconnect: underflow on removal of child canvas");
+    EXPECT_EQ(b->parent, nullptr);
+    EXPECT_EQ(a->youngestChild, nullptr);
+
+    canvas_connect(nullptr, a, 0);
+    canvas_set_interest(nullptr, 1);
+    canvas_clear_interest(nullptr, 1);
+    EXPECT_EQ(canvas_sibling_level(nullptr), 0);
+    EXPECT_TRUE(canvas_is_mapped_to_root(nullptr));
+    tela_deletecanvas(nullptr);
+
+    a->childCount = 0;
+    tela_deletecanvas(a);
+    tela_deletecanvas(b);
+}
+
+TEST(CanvasTree, interest_bits_and_timer_reset)
+{
+    Canvas* c = tela_newcanvas(nullptr, nullptr);
+    EXPECT_EQ(c->interest, 0x100u);
+    c->lastTimerEventTime = 99;
+    canvas_set_interest(c, 0x200);
+    EXPECT_EQ(c->lastTimerEventTime, 99u);
+    canvas_set_interest(c, 0x1001);
+    EXPECT_EQ(c->interest, 0x1301u);
+    EXPECT_EQ(c->lastTimerEventTime, 0u);
+    canvas_clear_interest(c, 0x1100);
+    EXPECT_EQ(c->interest, 0x201u);
+    tela_deletecanvas(c);
+}
+
+namespace {
+
+std::vector<int> g_destroyed_ids;
+
+struct RecordingCanvas : Canvas {
+    RecordingCanvas(Canvas* parent) : Canvas(nullptr, parent) {}
+    ~RecordingCanvas() override { g_destroyed_ids.push_back(id); }
+};
+
+} // namespace
+
+TEST(CanvasDeletion, deletes_youngest_first_recursively_and_children_before_the_parent)
+{
+    g_destroyed_ids.clear();
+    auto* root = new RecordingCanvas(nullptr);
+    std::vector<int> expected;
+    std::function<void(Canvas*, int)> grow = [&](Canvas* parent, int depth) {
+        for (int i = 0; i < 3 && depth < 3; ++i)
+            grow(new RecordingCanvas(parent), depth + 1);
+    };
+    grow(root, 0);
+    for (Canvas* c = canvas_walk_subtree(root, nullptr); c; c = canvas_walk_subtree(root, c))
+        expected.push_back(c->id);
+
+    const int live = tela_live_canvas_count();
+    tela_deletecanvas(root);
+    EXPECT_EQ(g_destroyed_ids, expected);
+    EXPECT_EQ(tela_live_canvas_count(), live - static_cast<int>(expected.size()));
+}
+
+TEST(CanvasDeletion, leaves_no_dead_canvas_in_focus_capture_current_or_the_saved_state)
+{
+    Canvas* root = tela_newcanvas(nullptr, nullptr);
+    RootRegistration registration(root);
+    Canvas* panel = tela_newcanvas(nullptr, root);
+    Canvas* button = tela_newcanvas(nullptr, panel);
+
+    event_set_kbd_focus(button);
+    tela_state().captureCanvas = button;
+    tela_state().currentMouseCanvas = button;
+    tela_setcanvas(button);
+    tela_gsave(); // the saved entry names the button
+
+    tela_deletecanvas(panel);
+    EXPECT_EQ(event_get_kbd_focus(), root);
+    EXPECT_EQ(tela_state().captureCanvas, nullptr);
+    EXPECT_EQ(tela_state().currentMouseCanvas, nullptr);
+    EXPECT_EQ(tela_currentcanvas(), nullptr);
+    EXPECT_EQ(root->childCount, 0);
+    tela_grestore();
+    EXPECT_EQ(tela_currentcanvas(), root);
+
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
+}
+
+TEST(CanvasDeletion, a_tree_of_ten_thousand_canvases_returns_every_block)
+{
+    const auto before = live_blocks();
+    {
+        Canvas* root = tela_newcanvas(nullptr, nullptr);
+        std::mt19937 rng(5);
+        std::vector<Canvas*> nodes{root};
+        for (int i = 1; i < 10000; ++i)
+            nodes.push_back(tela_newcanvas(nullptr, nodes[rng() % nodes.size()]));
+        EXPECT_GT(live_blocks(), before + 9999);
+        tela_deletecanvas(root);
+    }
+    EXPECT_EQ(live_blocks(), before);
+}
+
+TEST(CanvasClient, base_behaviours_are_harmless_defaults)
+{
+    struct Client : CanvasClient {
+        eResult handleEvent(const Event&) override { return eHandled; }
+    } client;
+    EXPECT_STREQ(client.idstring(), "CanvasClient");
+    EXPECT_EQ(client.contextCursor({1, 1}), 16);
+    EXPECT_TRUE(client.isOpaqueAt({0, 0}));
+    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+    EXPECT_FALSE(client.display(renderer));
+    Canvas* c = tela_newcanvas(&client, nullptr);
+    EXPECT_EQ(c->client, &client);
+    tela_deletecanvas(c);
+}
