@@ -46,9 +46,9 @@ Headless::PixmanRegion::~PixmanRegion()
     pixman_region32_fini(&m_region);
 }
 
-void Headless::PixmanRegion::adopt(Qv::Ptr<iRegion>& out, pixman_region32_t& region)
+void Headless::PixmanRegion::adopt(Qv::Ptr<iRegion>& out, pixman_region32_t& region, bool keepEmpty)
 {
-    if (!pixman_region32_not_empty(&region)) {
+    if (!keepEmpty && !pixman_region32_not_empty(&region)) {
         pixman_region32_fini(&region);
         out = nullptr;
         return;
@@ -80,7 +80,7 @@ void Headless::PixmanRegion::create(Qv::Ptr<iRegion>& out, const TopDownRect* re
             pixman_region32_init(&region);
         }
     }
-    adopt(out, region);
+    adopt(out, region, count > 0 && rects);
 }
 
 void Headless::PixmanRegion::getBox(Qv::Box<int>& box) const

@@ -2,7 +2,9 @@
 //
 // Invariants
 // - m_region is always initialised and valid (pixman's y-x banded form).
-// - Never empty: an empty result of any operation is a null Ptr, never an empty object.
+// - An empty result of a set operation or a move is a null Ptr. Only create() may give
+//   an empty object: asked for rectangles that cover nothing, it still returns a
+//   region, because callers that must hold an object ask for exactly that.
 // - m_identity is a fresh number for each shape: set at construction and again on
 //   every translateInPlace, so two different shapes never share one.
 #pragma once
@@ -16,10 +18,10 @@ namespace Headless {
 class PixmanRegion final : public iRegion {
 public:
     // Builds a region from rectangles in any order; empty rectangles are skipped.
-    // out is null when the union is empty.
+    // out is null only when no rectangle was given.
     static void create(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count);
     // Takes over an initialised region; out is null (and the region finished) when empty.
-    static void adopt(Qv::Ptr<iRegion>& out, pixman_region32_t& region);
+    static void adopt(Qv::Ptr<iRegion>& out, pixman_region32_t& region, bool keepEmpty = false);
 
     ~PixmanRegion() override;
     PixmanRegion(const PixmanRegion&) = delete;
