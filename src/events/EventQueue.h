@@ -1,14 +1,56 @@
 #pragma once
-// The event queue: one process-wide FIFO of pooled Event records. Any thread
-// may send, flush and ask what is pending; the main thread receives.
+// The event queue: one process-wide FIFO of pooled Event records.
+//
+// Any thread may send, flush, free and ask what is pending; only the main
+// thread receives. Senders keep their own Event: the queue copies it. What
+// event_receive returns belongs to the caller until event_free.
+//
+// Rules that callers see:
+// - First in, first out, with no priorities and no size limit.
+// - A mouse move or hover replaces the newest queued event when that has the
+//   identical type word; nothing older is ever merged.
+// - A cancelled event (type 0) stays queued until it is the oldest, and is
+//   then thrown away by event_receive.
+// - Masks match when (type & mask) == mask: 0 matches everything.
+// - Lock order: the queue lock, then the handler registry's lock.
+
+#include <cstddef>
 
 class Canvas;
 class EventHandler;
+struct Event;
 
-// Cancels queued events for a canvas (or a handler) whose type has every bit
-// of `mask`; mask 0 cancels all of them.
+// Copies the event onto the queue and wakes the main thread. Without a canvas
+// and a handler, or (with checkTarget) for a target that is not alive, the
+// event is dropped silently.
+void event_send(Event* event, bool checkTarget);
+// As event_send, but a message (0x4001, 0x4002) already queued for the same
+// target with the same name is kept (replace false) or replaced and moved to
+// the back of the line (replace true).
+void event_send_idempotent(Event* event, bool replace);
+// The oldest live event, its positions projected into its canvas now; null
+// when nothing is queued. Mouse events queued across a stall of more than
+// three seconds between calls are discarded.
+Event* event_receive();
+// Releases the event's payload outside the queue lock; null is accepted.
+void event_free(Event* event);
+
+// Cancels queued events for a canvas (null: any canvas) or for a handler.
+// With keepPairs, an up is kept when a newer down of the same button was just
+// cancelled, so that a pressed button is released.
 void event_flush(Canvas* canvas, int mask, bool keepPairs);
 void event_flush(EventHandler* handler, int mask, bool keepPairs);
+// A plain null means every canvas.
+inline void event_flush(std::nullptr_t, int mask, bool keepPairs)
+{
+    event_flush(static_cast<Canvas*>(nullptr), mask, keepPairs);
+}
+// 1 when a live event for the canvas (null: any) matching the mask is queued.
+int event_pending(Canvas* canvas, int mask);
 
 Canvas* event_get_kbd_focus();
 void event_set_kbd_focus(Canvas* canvas);
+
+// Reads the queue's configuration again ("discard_stale_mouse_events") and
+// forgets the time of the last receive. Start-up calls it; so may tests.
+void event_queue_init();

@@ -1,0 +1,227 @@
+#include "EventSupport.h"
+
+#include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
+#include "vector/GraphicsState.h"
+
+#include "support/LiveBlocks.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct CanvasScope {
+    Canvas* canvas = tela_newcanvas(nullptr, nullptr);
+    ~CanvasScope() { tela_deletecanvas(canvas); }
+};
+
+void send(Canvas* canvas, unsigned type, bool checkTarget = false)
+{
+    Event e(type);
+    e.canvas = canvas;
+    event_send(&e, checkTarget);
+}
+
+std::vector<unsigned> types(const std::vector<Event>& events)
+{
+    std::vector<unsigned> out;
+    for (const Event& e : events)
+        out.push_back(e.type);
+    return out;
+}
+
+struct Payload : iObject {
+    explicit Payload(int* released) : m_released(released) {}
+    ~Payload() override { ++*m_released; }
+    int* m_released;
+};
+
+} // namespace
+
+TEST(EventQueue, moves_coalesce_only_against_the_newest_event_of_the_same_type)
+{
+    QueueScope scope;
+    CanvasScope c;
+    for (int i = 0; i < 10; ++i) {
+        Event e(0x104);
+        e.canvas = c.canvas;
+        e.time = static_cast<unsigned>(i);
+        event_send(&e, false);
+    }
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].time, 9u); // the last move stands
+
+    send(c.canvas, 0x104);
+    send(c.canvas, 512);
+    send(c.canvas, 0x104);
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x104, 512, 0x104}));
+
+    send(c.canvas, 0x104);
+    send(c.canvas, 0x124); // a move with the left button held: another type word
+    send(c.canvas, 0x103); // hovers merge too, but only with hovers
+    send(c.canvas, 0x103);
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x104, 0x124, 0x103}));
+}
+
+TEST(EventQueue, first_in_first_out_and_targets_are_required)
+{
+    QueueScope scope;
+    CanvasScope c;
+    for (unsigned i = 1; i <= 5; ++i)
+        send(c.canvas, 0x4000 | i);
+    send(nullptr, 512); // no canvas and no handler: dropped
+    send(c.canvas, 0);  // queued, then thrown away on receipt
+    EXPECT_EQ(event_pending(nullptr, 0), 1);
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x4001, 0x4002, 0x4003, 0x4004, 0x4005}));
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+}
+
+TEST(EventQueue, flushing_a_canvas_spares_an_up_only_after_a_newer_down_of_its_button)
+{
+    QueueScope scope;
+    CanvasScope c;
+    CanvasScope other;
+    // Oldest first: [left down, left up] loses both.
+    send(c.canvas, 0x122);
+    send(c.canvas, 0x121);
+    event_flush(c.canvas, 0x100, true);
+    EXPECT_TRUE(receive_all().empty());
+
+    // [left up, left down]: the down goes, the up stays so the button is released.
+    send(c.canvas, 0x121);
+    send(c.canvas, 0x122);
+    send(c.canvas, 0x181); // a middle up is never spared
+    send(c.canvas, 0x182);
+    send(other.canvas, 0x122); // another canvas is left alone
+    event_flush(c.canvas, 0x100, true);
+    EXPECT_EQ(event_pending(c.canvas, 0x100), 1);
+    EXPECT_EQ(event_pending(c.canvas, 0x182), 0);
+    auto events = receive_all();
+    EXPECT_EQ(types(events), (std::vector<unsigned>{0x121, 0x122}));
+    EXPECT_EQ(events[1].canvas, other.canvas);
+
+    send(c.canvas, 0x1001);
+    send(c.canvas, 0x200);
+    event_flush(nullptr, 0x1300, false); // no event has all three bits
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x1001, 0x200}));
+}
+
+TEST(EventQueue, flushing_a_handler_cancels_its_events_and_forgets_it_as_sender)
+{
+    QueueScope scope;
+    RecordingHandler target, sender_handler;
+    Event e(0x4001);
+    e.handler = &target;
+    event_send(&e, false);
+    Event from(0x4001);
+    from.handler = &sender_handler;
+    from.sender = &target;
+    event_send(&from, false);
+    event_flush(&target, 0, false);
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].handler, &sender_handler);
+    EXPECT_EQ(events[0].sender, nullptr);
+}
+
+TEST(EventQueue, a_dying_handler_takes_its_queued_events_with_it)
+{
+    QueueScope scope;
+    auto* handler = new RecordingHandler;
+    Event e(0x4001);
+    e.handler = handler;
+    event_send(&e, true);
+    EXPECT_EQ(event_pending(nullptr, 0x4001), 1);
+    delete handler;
+    EXPECT_FALSE(EventHandler::valid(handler, IdStamp(0, 0, 0)));
+    EXPECT_EQ(event_pending(nullptr, 0x4001), 0);
+    event_send(&e, true); // checked: dropped silently
+    EXPECT_TRUE(receive_all().empty());
+}
+
+TEST(EventQueue, idempotent_messages_keep_the_first_or_move_the_replacement_back)
+{
+    QueueScope scope;
+    RecordingHandler handler;
+    auto send_message = [&](const char* name, int tag, bool replace) {
+        Event e(0x4001);
+        e.handler = &handler;
+        e.msg = String(name);
+        e.time = static_cast<unsigned>(tag);
+        event_send_idempotent(&e, replace);
+    };
+    send_message("refresh", 1, false);
+    send_message("other", 2, false);
+    send_message("refresh", 3, false);
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[0].time, 1u);
+
+    send_message("refresh", 1, true);
+    send_message("other", 2, true);
+    send_message("refresh", 3, true);
+    events = receive_all();
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[0].msg, String("other"));
+    EXPECT_EQ(events[1].time, 3u);
+}
+
+TEST(EventQueue, mouse_input_across_a_stall_is_discarded)
+{
+    QueueScope scope;
+    CanvasScope c;
+    EXPECT_EQ(event_receive(), nullptr); // the clock reading that later gaps are measured from
+    send(c.canvas, 0x104);
+    send(c.canvas, 512);
+    Qv::setFakeClock(1'000'000 + 3000); // exactly three seconds: still fresh
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x104, 512}));
+    send(c.canvas, 0x104);
+    send(c.canvas, 512);
+    Qv::setFakeClock(1'000'000 + 6001);
+    EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{512}));
+}
+
+TEST(EventQueue, positions_are_projected_into_the_canvas_when_received)
+{
+    QueueScope scope;
+    CanvasScope c;
+    Event e(0x104);
+    e.canvas = c.canvas;
+    e.screenPos = {110, 220};
+    e.screenDownPos = {101, 201};
+    event_send(&e, false);
+    // The canvas moves after the send: the position follows it.
+    c.canvas->inverseMatrix[0][2] = -100;
+    c.canvas->inverseMatrix[1][2] = -200;
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].pos, (XY<int>{10, 20}));
+    EXPECT_EQ(events[0].downPos, (XY<int>{1, 1}));
+}
+
+TEST(EventQueue, payloads_are_released_with_the_event_and_timer_events_stamp_the_canvas)
+{
+    QueueScope scope;
+    CanvasScope c;
+    int released = 0;
+    {
+        Event e(0x4001);
+        e.canvas = c.canvas;
+        e.data = Qv::make<Payload>(&released);
+        event_send(&e, false);
+    }
+    EXPECT_EQ(released, 0);
+    Event* received = event_receive();
+    ASSERT_NE(received, nullptr);
+    EXPECT_EQ(released, 0);
+    event_free(received);
+    EXPECT_EQ(released, 1);
+
+    Qv::setFakeClock(1'000'500);
+    send(c.canvas, 0x1001);
+    Event* tick = event_receive();
+    event_free(tick);
+    EXPECT_EQ(c.canvas->lastTimerEventTime, 1'000'500u);
+    event_free(nullptr);
+}
