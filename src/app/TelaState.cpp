@@ -1,7 +1,14 @@
 #include "app/TelaState.h"
 
+#include "core/NotifyMsgTypeDictionary.h"
+
+TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
+{
+}
+
 TelaState& tela_state()
 {
+    // Built on first use, guarded by the language; lives until the process ends.
     static TelaState s_state;
     return s_state;
 }
@@ -10,4 +17,21 @@ Canvas* tela_rootcanvas()
 {
     const TelaState& state = tela_state();
     return state.rootWindows.empty() ? nullptr : state.rootWindows.front().rootCanvas;
+}
+
+Notifier& tela_getNotifier()
+{
+    return tela_state();
+}
+
+Qv::Ptr<Qv::Guard> Tela::addListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback,
+                                     eNotificationEventType type)
+{
+    const int channel = type == eAllNotifications ? NotifyMsgTypeDictionary::instance().allTypesId : type;
+    return tela_getNotifier().registerNotification(callback, channel);
+}
+
+Qv::Ptr<Qv::Guard> Tela::addMouseListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback)
+{
+    return tela_getNotifier().registerNotification(callback, tela_state().mouseStateChangeType);
 }

@@ -1,9 +1,17 @@
 #pragma once
-// TelaState: the library state that has no better owner. There is exactly one,
-// built on first use and kept until the process ends; its contents belong to
-// the main thread.
+// TelaState: the library state that has no better owner, and the library's
+// notifier. There is exactly one, built on first use and kept until the
+// process ends; its contents belong to the main thread, except what the
+// notifier guards for itself.
+//
+// Notification channels: 11 root texture changed, 12 focus change of the
+// root window, 13 size or state change, and mouseStateChangeType for every
+// mouse move or button change.
 
+#include "core/Callback.h"
+#include "core/Guard.h"
 #include "core/Memory.h"
+#include "core/Notifier.h"
 #include "core/Ptr.h"
 #include "platform/OSEvents.h"
 #include "platform/iEventHandler.h"
@@ -19,8 +27,10 @@ struct RootWindowRec {
     Canvas* rootCanvas = nullptr;
 };
 
-class TelaState {
+class TelaState : public Notifier {
 public:
+    TelaState();
+
     Canvas* captureCanvas = nullptr;      // the canvas holding the mouse
     std::uint32_t clickState = 0;
     bool rootTextureChangeEnabled = false;
@@ -28,6 +38,7 @@ public:
     Qv::List<Qv::Ptr<iObject>> deferredReleases;
     Canvas* currentMouseCanvas = nullptr; // under the pointer, or the capture
     MouseEvent lastMouseEvent;
+    std::int32_t mouseStateChangeType; // the id of "MouseStateChange"
     Qv::Vector<RootWindowRec> rootWindows;
     std::int32_t mouseContextDisableCount = 0;
 };
@@ -36,3 +47,18 @@ TelaState& tela_state();
 
 // The first root canvas, null when there is none.
 Canvas* tela_rootcanvas();
+
+Notifier& tela_getNotifier();
+
+namespace Tela {
+
+// Channel numbers are the application's to define, apart from the ones above;
+// 10 means every channel.
+using eNotificationEventType = int;
+constexpr eNotificationEventType eAllNotifications = 10;
+
+// The listener hears the channel until the guard is released.
+Qv::Ptr<Qv::Guard> addListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback, eNotificationEventType type);
+Qv::Ptr<Qv::Guard> addMouseListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback);
+
+} // namespace Tela

