@@ -3,7 +3,7 @@ BUILD      ?= build
 GENERATOR  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 CTEST_ARGS := --output-on-failure --timeout 900
 
-.PHONY: all deps deps-bench build test test-release test-asan demo bench clean
+.PHONY: all deps deps-bench build test test-release test-asan tsan demo bench clean
 
 all: build
 
@@ -26,7 +26,16 @@ test-asan: deps
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 		ctest --test-dir $(BUILD)/asan $(CTEST_ARGS)
 
-test: test-release test-asan
+# The threaded tests (event queue, main loop) again under ThreadSanitizer.
+TSAN_TESTS := events headless
+TSAN_REGEX := ^(events|headless)$$
+tsan: deps
+	cmake -S . -B $(BUILD)/tsan $(GENERATOR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTELA_TSAN=ON
+	cmake --build $(BUILD)/tsan --target $(addsuffix _tests,$(TSAN_TESTS))
+	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+		ctest --test-dir $(BUILD)/tsan $(CTEST_ARGS) -R '$(TSAN_REGEX)'
+
+test: test-release test-asan tsan
 
 demo: build
 	@if [ -x $(BUILD)/release/examples/gallery/gallery ]; then \
