@@ -1,12 +1,15 @@
 #include "canvas/Canvas.h"
 
 #include "canvas/CanvasClient.h"
+#include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/Coordinates.h"
 #include "app/TelaState.h"
 #include "platform/OS.h"
 #include "platform/iAtomicsService.h"
 #include "vector/GraphicsState.h"
+#include "vector/Matrix.h"
+#include "vector/Regions.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -196,4 +199,96 @@ bool tela_exiting()
 int tela_live_canvas_count()
 {
     return s_live_canvases;
+}
+
+Qv::Box<int> Canvas::getExtents() const
+{
+    return Tela::getExtentsQV(getRootParent(), m_shape);
+}
+
+Canvas* Canvas::getDrawCanvas()
+{
+    return canvdraw_canvas(this);
+}
+
+XY<int> Canvas::getDrawOffset()
+{
+    return telaLightweightCanvasOffset(this, 0);
+}
+
+bool Canvas::hasOffscreenBuffer(const XY<int>& size)
+{
+    CriticalSection::Guard guard(lock);
+    if (!offscreenBuffer)
+        return false;
+    XY<int> current;
+    offscreenBuffer->getSize(current);
+    return current == size;
+}
+
+void Canvas::reshape(const XY<int>& size)
+{
+    if (lightweight || hasOffscreenBuffer(size) || !window)
+        return;
+    // Made outside the lock: the window may take its time.
+    Qv::Ptr<iImage> image;
+    window->createOffscreenImage(image, size);
+    CriticalSection::Guard guard(lock);
+    osRenderer = nullptr;
+    offscreenBuffer = image;
+}
+
+void Canvas::translate(short dx, short dy)
+{
+    if (dx == 0 && dy == 0)
+        return;
+    matrix[0][2] += dx;
+    matrix[1][2] += dy;
+    double inverse[3][3];
+    if (mat3_inv(matrix, inverse))
+        std::memcpy(inverseMatrix, inverse, sizeof inverse);
+    if (m_shape) {
+        m_shape->translateInPlace(dx, -dy);
+        osRenderer = nullptr;
+        renderer.clear();
+    }
+    for (Canvas* child = youngestChild; child; child = child->olderSibling)
+        child->translate(dx, dy);
+}
+
+Qv::Ptr<iGraphicPrimitivesRenderer> Canvas::getOSRenderer()
+{
+    if (!osRenderer && offscreenBuffer)
+        offscreenBuffer->getRenderer(osRenderer, 1);
+    return osRenderer;
+}
+
+void Canvas::releaseRenderers()
+{
+    osRenderer = nullptr;
+    renderer.clear();
+}
+
+iImageBase::eLocation Canvas::getOffscreenBufferLocation() const
+{
+    return window ? window->displayLocation() : iImageBase::eHostMemory;
+}
+
+Qv::Ptr<iPixelGuard> Canvas::lockPixels()
+{
+    if (!offscreenBuffer || offscreenBuffer->location() != iImageBase::eHostMemory)
+        return nullptr;
+    return offscreenBuffer->lock();
+}
+
+Qv::Ptr<iRegion> Canvas::getVisibleRegion()
+{
+    CriticalSection::Guard guard(lock);
+    return visibleRegion;
+}
+
+void Canvas::setVisibleRegion(const Qv::Ptr<iRegion>& region)
+{
+    CriticalSection::Guard guard(lock);
+    visibleRegion = region;
 }

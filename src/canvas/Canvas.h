@@ -65,6 +65,30 @@ public:
     bool isOpaque() const { return !useAlphaChannel && opacity >= 1.0; }
     bool isOpaqueAt(const XY<int>& position) const;
 
+    // The shape's bounding box turned bottom-up in the root's coordinates.
+    Qv::Box<int> getExtents() const;
+
+    // Heavyweight canvases own a buffer; a lightweight one draws into its
+    // nearest heavyweight ancestor's, which getDrawCanvas returns.
+    Canvas* getDrawCanvas();
+    XY<int> getDrawOffset();
+
+    // A buffer of `size` made through the window; the old pixels are not kept.
+    void reshape(const XY<int>& size);
+    // Raw move of this canvas and its subtree; marks nothing.
+    void translate(short dx, short dy);
+
+    Qv::Ptr<iGraphicPrimitivesRenderer> getOSRenderer(); // made on first need, kept
+    void releaseRenderers();
+    Qv::Ptr<iImage> getOffscreenBuffer() const { return offscreenBuffer; }
+    iImageBase::eLocation getOffscreenBufferLocation() const;
+    Qv::Ptr<iPixelGuard> lockPixels();
+    Qv::Ptr<iRootWindow> getWindow() const { return window; }
+
+    // The last computed visible part, under `lock`.
+    Qv::Ptr<iRegion> getVisibleRegion();
+    void setVisibleRegion(const Qv::Ptr<iRegion>& region);
+
     void shape(const Qv::Ptr<iRegion>& region); // stores; marks nothing
     const Qv::Ptr<iRegion>& shape() const { return m_shape; }
 
@@ -110,6 +134,8 @@ public:
     Qv::Ptr<iRootWindow> window;
 
 private:
+    bool hasOffscreenBuffer(const XY<int>& size);
+
     Qv::Ptr<iRegion> m_shape;
 
 public:

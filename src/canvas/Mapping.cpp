@@ -1,16 +1,41 @@
 #include "canvas/Mapping.h"
 
 #include "canvas/Canvas.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/CanvasWalk.h"
+#include "canvas/UpdateTracking.h"
+#include "vector/Regions.h"
 
-// The damage marks that mapping and unmapping cause (the subtree over the
-// canvas's shape, and the area exposed beneath it) come with the display
-// pipeline; until then only the flags change.
+namespace {
+
+// A chain longer than the number of live canvases is a loop someone made in
+// spite of the warning: such a canvas reaches no root and shows nothing.
+bool ancestors_mapped(const Canvas* canvas)
+{
+    int steps_left = tela_live_canvas_count();
+    for (const Canvas* c = canvas->parent; c; c = c->parent)
+        if (!c->mapped || --steps_left < 0)
+            return false;
+    return true;
+}
+
+} // namespace
 
 void tela_mapcanvas(Canvas* canvas)
 {
     if (!canvas || canvas->mapped)
         return;
     canvas->mapped = 1;
+    if (!ancestors_mapped(canvas))
+        return; // nothing shows yet; mapping the ancestor marks the subtree
+    for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
+        canvupd_mark_region_exact(c, canvas->shape(), true, true);
+    if (!canvas->shape())
+        return;
+    // Older siblings it now hides part of have a smaller visible region.
+    for (Canvas* older = canvas->olderSibling; older; older = older->olderSibling)
+        if (older->shape() && region_bbx_overlap(older->shape(), canvas->shape()))
+            older->setVisibleRegion(canvupd_visible_region(older));
 }
 
 void tela_unmapcanvas(Canvas* canvas)
@@ -19,4 +44,18 @@ void tela_unmapcanvas(Canvas* canvas)
         return;
     canvas->mapped = 0;
     canvas->dirty = 0;
+    if (canvas->lightweight || !canvas->shape() || !ancestors_mapped(canvas))
+        return;
+    canvas_expose(canvas, canvas->shape());
+}
+
+void canvas_expose(Canvas* canvas, const Qv::Ptr<iRegion>& region)
+{
+    Tela::UpdateDeferrer deferrer(nullptr, tela_refresh_presentation());
+    for (Canvas* older = canvas->olderSibling; older; older = older->olderSibling)
+        for (Canvas* c = canvas_walk_subtree(older, nullptr); c; c = canvas_walk_subtree(older, c))
+            canvupd_mark_region_exact(c, region, true, false);
+    canvupd_mark_region_exact(canvas->parent, region, true, true);
+    if (!canvas->lightweight && canvas->parent && canvas->parent->lightweight)
+        canvupd_mark_region_exact(canvdraw_canvas(canvas->parent), region, true, true);
 }

@@ -1,15 +1,40 @@
 #pragma once
-// Update tracking: what changed is recorded per canvas and shown when the
-// refresh is on. tela_refresh_off/on nest through one counter; scopes use
-// Tela::UpdateDeferrer so that a whole change repaints at most once.
+// Update tracking: what changed is recorded per canvas as an update region
+// and shown either at once or, while the refresh is off, when it comes back.
+//
+// tela_refresh_off/on nest through one counter; scopes use
+// Tela::UpdateDeferrer so that a whole change repaints at most once. Only one
+// pending canvas is remembered: marks on two canvases widen the next display
+// pass to every root. Main thread only, apart from tela_refresh_off/on's
+// counting.
 
+#include "core/Ptr.h"
 #include "core/RefCount.h"
+#include "platform/iRegion.h"
 
 class Canvas;
 
 // Draw debugging: non-zero traces updates and flashes blitted areas; 2 or
 // more also makes every refresh immediate.
 extern int canvupdTrace;
+
+// Marks are rectangles: the meeting of the region's box with the shape's box.
+// With seeThrough, translucent canvases above are marked too. `flush` is
+// handed down and never read.
+void canvupd_mark_region_exact(Canvas* canvas, const Qv::Ptr<iRegion>& region, bool flush, bool seeThrough);
+// A rectangle in bottom-up screen coordinates; nothing when it is already
+// inside a rectangular update region.
+void canvupd_mark_rect(Canvas* canvas, int x1, int y1, int x2, int y2);
+void canvupd_mark_all(Canvas* canvas);
+// Forgets the canvas's damage (and that it was pending).
+void canvupd_mark_clean(Canvas* canvas);
+// Paints the canvas's damage now, if it is dirty and has a shape.
+void canvupd_flush(Canvas* canvas);
+
+// The part of the canvas (or of `base`, when given) that shows: clipped by
+// every ancestor, less younger heavyweight siblings along the way and the
+// children that cover it.
+Qv::Ptr<iRegion> canvupd_visible_region(Canvas* canvas, const Qv::Ptr<iRegion>& base = {});
 
 // 0 at rest; each off lowers it, each on raises it. Off may be called from
 // any thread.
@@ -18,8 +43,12 @@ void tela_refresh_on(bool present);
 bool tela_refresh_is_active();
 int tela_refresh_counter();
 
-// Forgets the canvas's damage.
-void canvupd_mark_clean(Canvas* canvas);
+// The canvas marked while the refresh was off, and whether others were too.
+Canvas* canvupd_pending_canvas();
+bool canvupd_pending_several();
+
+// Keeps `object` alive until the update in progress has been shown.
+void tela_defer_release(const Qv::Ptr<iObject>& object);
 
 namespace Tela {
 

@@ -1,0 +1,16 @@
+#pragma once
+// The two roads by which damage reaches a window. On the host road damaged
+// areas are painted into the window at once; on the composited road a frame
+// is asked for by invalidating the window, and its paint event redraws the
+// tree from back to front.
+
+#include "core/Ptr.h"
+#include "platform/iRegion.h"
+
+class Canvas;
+
+// Shows pending damage: for `canvas` on its own root, or for every root when
+// it is null.
+void tela_display_dirty_regions(Canvas* canvas);
+// Paints window region `region` of `canvas` on the host road.
+void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region);

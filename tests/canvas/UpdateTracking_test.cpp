@@ -1,0 +1,309 @@
+#include "app/TelaState.h"
+#include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/Mapping.h"
+#include "canvas/Picking.h"
+#include "canvas/UpdateTracking.h"
+#include "vector/Regions.h"
+
+#include "headless/HeadlessRootWindow.h"
+#include "headless/HeadlessServices.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+RegionPtr rect(int left, int top, int right, int bottom)
+{
+    return region_mkrect(TopDownRect{left, top, right, bottom});
+}
+
+int area(const RegionPtr& r)
+{
+    int total = 0;
+    if (!r)
+        return 0;
+    Qv::Vector<TopDownRect> rects;
+    r->getRects(rects);
+    for (const TopDownRect& t : rects)
+        total += t.width() * t.height();
+    return total;
+}
+
+// A 200x100 host-road window with its root canvas registered as the first root.
+class WindowFixture : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        Qv::Ptr<iRootWindow> window;
+        OS()->windowing()->createRootWindow(window, 0);
+        m_window = Qv::dynamicCast<Headless::RootWindow>(window);
+        m_window->setSize({200, 100});
+        root = tela_newcanvas(nullptr, nullptr);
+        root->window = window;
+        root->shape(rect(0, 0, 200, 100));
+        tela_state().rootWindows.push_back(RootWindowRec{{}, root});
+    }
+    void TearDown() override
+    {
+        tela_state().rootWindows.clear();
+        tela_deletecanvas(root);
+        canvupdTrace = 0;
+    }
+
+    // A child with a shape, connected on top of `parent`'s children.
+    Canvas* child(Canvas* parent, int left, int top, int right, int bottom)
+    {
+        Canvas* c = tela_newcanvas(nullptr, parent);
+        c->shape(rect(left, top, right, bottom));
+        return c;
+    }
+
+    RegionPtr take_invalid()
+    {
+        RegionPtr invalid = m_window->invalidRegion();
+        m_window->takeInvalidRegion();
+        return invalid;
+    }
+
+    Canvas* root = nullptr;
+    Qv::Ptr<Headless::RootWindow> m_window;
+};
+
+} // namespace
+
+TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_parts_of_a_canvas)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    Canvas* b = child(root, 40, 40, 90, 90);          // younger, heavyweight: covers
+    Canvas* light = child(root, 0, 0, 30, 30);        // younger, lightweight: does not
+    light->lightweight = 1;
+    Canvas* inner = child(a, 10, 10, 20, 20);         // opaque child: covers
+    Canvas* glass = child(a, 20, 20, 30, 30);         // translucent child of a non-root: does not
+    glass->setOpacity(0.5);
+
+    const RegionPtr visible = canvupd_visible_region(a);
+    EXPECT_EQ(area(visible), 50 * 50 - 20 * 20 - 10 * 10);
+    EXPECT_FALSE(visible->contains({45, 45}));
+    EXPECT_FALSE(visible->contains({15, 15}));
+    EXPECT_TRUE(visible->contains({25, 25}));
+    EXPECT_TRUE(visible->contains({12, 25}));
+
+    // From the root every heavyweight child takes its area, translucent or not.
+    b->setOpacity(0.5);
+    const RegionPtr root_visible = canvupd_visible_region(root);
+    EXPECT_FALSE(root_visible->contains({85, 85}));
+    EXPECT_TRUE(root_visible->contains({5, 5})); // only the lightweight canvas is there
+
+    tela_unmapcanvas(b);
+    EXPECT_TRUE(canvupd_visible_region(a)->contains({45, 45}));
+    tela_unmapcanvas(a);
+    EXPECT_EQ(canvupd_visible_region(inner), nullptr); // an unmapped ancestor hides everything
+}
+
+TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show_at_once)
+{
+    Canvas* shapeless = tela_newcanvas(nullptr, root);
+    canvupd_mark_region_exact(shapeless, rect(0, 0, 10, 10), true, true);
+    EXPECT_EQ(shapeless->dirty, 0);
+
+    Canvas* a = child(root, 10, 10, 60, 60);
+    canvupd_mark_region_exact(a, rect(100, 0, 120, 10), true, false); // misses the box
+    EXPECT_EQ(a->dirty, 0);
+    take_invalid();
+
+    // With the refresh on, a heavyweight mark is painted before the call returns.
+    canvupd_mark_region_exact(a, rect(0, 0, 20, 20), true, false);
+    EXPECT_EQ(a->dirty, 0);
+    const RegionPtr shown = take_invalid();
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(area(shown), 10 * 10);
+
+    // A lightweight canvas waits for its draw canvas.
+    Canvas* light = child(a, 20, 20, 30, 30);
+    light->lightweight = 1;
+    canvupd_mark_all(light);
+    EXPECT_EQ(light->dirty, 1);
+    EXPECT_EQ(canvupd_pending_canvas(), light);
+    canvupd_mark_clean(light);
+    EXPECT_EQ(canvupd_pending_canvas(), nullptr);
+}
+
+TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_to_every_root)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    Canvas* b = child(root, 100, 10, 150, 60);
+    take_invalid();
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        canvupd_mark_all(a);
+        EXPECT_EQ(canvupd_pending_canvas(), a);
+        canvupd_mark_all(b);
+        EXPECT_TRUE(canvupd_pending_several());
+        EXPECT_EQ(take_invalid(), nullptr); // nothing yet
+    }
+    EXPECT_EQ(a->dirty, 0);
+    EXPECT_EQ(b->dirty, 0);
+    EXPECT_FALSE(canvupd_pending_several());
+    const RegionPtr shown = take_invalid();
+    EXPECT_TRUE(shown && shown->contains({20, 20}) && shown->contains({120, 20}));
+}
+
+TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_deferrer)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    take_invalid();
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, false);
+        canvupd_mark_all(a);
+    }
+    EXPECT_EQ(canvupd_pending_canvas(), a);
+    EXPECT_EQ(a->dirty, 1);
+    EXPECT_EQ(take_invalid(), nullptr);
+    { Tela::UpdateDeferrer deferrer(nullptr, true); }
+    EXPECT_EQ(canvupd_pending_canvas(), nullptr);
+    EXPECT_EQ(a->dirty, 0);
+    EXPECT_TRUE(take_invalid());
+}
+
+TEST_F(WindowFixture, a_rectangle_already_damaged_is_not_marked_again)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    canvupdTrace = 1; // trace without forcing the refresh
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, false);
+        testing::internal::CaptureStdout();
+        canvupd_mark_rect(a, 10, 50, 50, 90); // window rows 10..50
+        canvupd_mark_rect(a, 20, 60, 30, 70); // inside the damage: no trace
+        std::string trace = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(trace, "CANVUPD: canvas " + std::to_string(a->id) + " [parent " + std::to_string(root->id) +
+                             "], reason 1\n");
+        canvupd_mark_rect(a, 40, 40, 60, 45); // makes the damage non-rectangular
+        testing::internal::CaptureStdout();
+        canvupd_mark_rect(a, 20, 60, 30, 70); // marked again now
+        trace = testing::internal::GetCapturedStdout();
+        EXPECT_FALSE(trace.empty());
+        canvupd_mark_clean(a);
+    }
+    canvupdTrace = 0;
+}
+
+TEST_F(WindowFixture, a_new_canvas_is_mapped_without_marks_but_unmapping_exposes_what_lies_beneath)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    take_invalid();
+    Canvas* b = tela_newcanvas(nullptr, nullptr);
+    b->shape(rect(20, 20, 40, 40));
+    canvas_connect(b, root, 5); // born mapped: nothing to show yet
+    EXPECT_EQ(take_invalid(), nullptr);
+
+    tela_unmapcanvas(b);
+    const RegionPtr exposed = take_invalid();
+    ASSERT_TRUE(exposed);
+    EXPECT_TRUE(exposed->contains({25, 25}));
+    tela_mapcanvas(b);
+    EXPECT_TRUE(take_invalid());
+
+    tela_exiting(true);
+    tela_unmapcanvas(b); // no repaint during teardown
+    EXPECT_EQ(b->mapped, 1);
+    tela_exiting(false);
+
+    // Mapping under an unmapped parent only sets the flag.
+    tela_unmapcanvas(a);
+    Canvas* inner = child(a, 15, 15, 25, 25);
+    tela_unmapcanvas(inner);
+    take_invalid();
+    tela_mapcanvas(inner);
+    EXPECT_EQ(take_invalid(), nullptr);
+    EXPECT_EQ(inner->mapped, 1);
+}
+
+TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places)
+{
+    Canvas* a = child(root, 10, 10, 60, 60);
+    Canvas* inner = child(a, 20, 20, 30, 30);
+    a->matrix[0][2] = 10;
+    inner->matrix[0][2] = 20;
+    take_invalid();
+    tela_translatecanvas(a, 100, 0);
+    EXPECT_EQ(a->matrix[0][2], 110);
+    EXPECT_EQ(inner->matrix[0][2], 120);
+    EXPECT_TRUE(a->shape()->contains({150, 20}));
+    EXPECT_TRUE(inner->shape()->contains({125, 25}));
+    const RegionPtr repainted = take_invalid();
+    ASSERT_TRUE(repainted);
+    EXPECT_TRUE(repainted->contains({20, 20}));  // the area left behind
+    EXPECT_TRUE(repainted->contains({150, 20})); // the area arrived at
+
+    a->osRenderer = nullptr;
+    a->translate(0, 0); // no move: nothing dropped, nothing moved
+    EXPECT_EQ(a->matrix[0][2], 110);
+}
+
+TEST_F(WindowFixture, sticky_groups_move_together_and_dissolve_below_two)
+{
+    Canvas* a = child(root, 0, 0, 10, 10);
+    Canvas* b = child(root, 20, 0, 30, 10);
+    Canvas* c = child(root, 40, 0, 50, 10);
+    tela_stickcanvases(a, b);
+    EXPECT_EQ(a->stickyId, 0);
+    EXPECT_EQ(b->stickyId, 0);
+    tela_stickcanvases(c, a);
+    EXPECT_EQ(c->stickyId, 0);
+    tela_translatecanvas(b, 5, 0);
+    EXPECT_TRUE(a->shape()->contains({12, 5}));
+    EXPECT_TRUE(c->shape()->contains({52, 5}));
+
+    tela_unstickcanvas(a); // one of three: the other two stay together
+    EXPECT_EQ(a->stickyId, -1);
+    EXPECT_EQ(b->stickyId, 0);
+    tela_unstickcanvas(b); // one of two: both are freed
+    EXPECT_EQ(c->stickyId, -1);
+    tela_stickcanvases(a, a); // ignored
+    EXPECT_EQ(tela_get_sticky_id(a), -1);
+    EXPECT_EQ(tela_get_sticky_id(nullptr), -1);
+}
+
+TEST_F(WindowFixture, picking_prefers_heavyweight_children_whatever_their_stacking)
+{
+    Canvas* heavy = child(root, 10, 10, 60, 60);
+    Canvas* light = child(root, 10, 10, 60, 60); // younger, on top, but lightweight
+    light->lightweight = 1;
+    // Screen coordinates are bottom-up: window row 20 is y 80.
+    EXPECT_EQ(canvas_pick(nullptr, {20, 80}), heavy);
+    heavy->setPickable(false);
+    EXPECT_EQ(canvas_pick(nullptr, {20, 80}), light);
+    EXPECT_EQ(canvas_pick(nullptr, {500, 80}), nullptr); // outside the root
+    EXPECT_EQ(canvas_pick(heavy, {500, 80}), heavy);    // a given start is not tested
+}
+
+TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_box)
+{
+    m_window->setDisplayLocation(iImageBase::eGPU);
+    Canvas* a = child(root, 10, 10, 20, 20);
+    Canvas* b = child(root, 50, 50, 60, 60);
+    Canvas* hidden = child(root, 150, 80, 160, 90);
+    take_invalid();
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        canvupd_mark_all(a);
+        canvupd_mark_all(b);
+        canvupd_mark_all(hidden);
+        hidden->mapped = 0; // dirty but unmapped: cleaned, not shown
+    }
+    const RegionPtr frame = take_invalid();
+    ASSERT_TRUE(frame);
+    Qv::Box<int> box;
+    frame->getBox(box);
+    EXPECT_EQ(box, (Qv::Box<int>{10, 10, 60, 60}));
+    EXPECT_EQ(hidden->dirty, 0);
+
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        canvupd_mark_all(hidden);
+    }
+    EXPECT_EQ(take_invalid(), nullptr); // no mapped canvas was dirty: no frame
+}
