@@ -1,6 +1,7 @@
 #include "headless/HeadlessRootWindow.h"
 
 #include "headless/HeadlessServices.h"
+#include "headless/PngFile.h"
 
 namespace {
 
@@ -84,4 +85,11 @@ void Headless::RootWindow::setSize(const XY<int>& size)
         return;
     m_size = size;
     m_pixels = HostImage::create(size, m_location);
+}
+
+bool Headless::RootWindow::snapshot(const char* path)
+{
+    if (!m_pixels)
+        m_pixels = HostImage::create(m_size, iImageBase::eHostMemory);
+    return m_pixels && savePng(*m_pixels, path);
 }

@@ -63,6 +63,9 @@ public:
     bool wholeWindowInvalid() const { return m_whole_invalid; }
     void takeInvalidRegion() { m_invalid = nullptr; m_whole_invalid = false; }
     const Qv::Ptr<HostImage>& pixels() const { return m_pixels; }
+    // Writes what the window shows to a PNG file; false, with a message, on failure.
+    // A window without pixels yet gets a host-memory frame of its size first.
+    [[nodiscard]] bool snapshot(const char* path);
 
 private:
     std::int32_t m_mode;

@@ -1,6 +1,7 @@
 #include "headless/HostImage.h"
 
 #include "core/Log.h"
+#include "headless/SoftwareRenderer.h"
 
 #include <cstring>
 #include <limits>
@@ -59,8 +60,8 @@ Headless::HostImage::~HostImage()
 
 bool Headless::HostImage::getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int)
 {
-    out = nullptr;   // FIXME: the software renderer arrives with the display pipeline
-    return false;
+    out = SoftwareRenderer::create(Qv::Ptr<HostImage>::fromParts(refCountKey(), this));
+    return static_cast<bool>(out);
 }
 
 Qv::Ptr<iPixelGuard> Headless::HostImage::lock()
