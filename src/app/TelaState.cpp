@@ -1,5 +1,6 @@
 #include "app/TelaState.h"
 
+#include "canvas/Canvas.h"
 #include "core/NotifyMsgTypeDictionary.h"
 
 TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
@@ -17,6 +18,17 @@ Canvas* tela_rootcanvas()
 {
     const TelaState& state = tela_state();
     return state.rootWindows.empty() ? nullptr : state.rootWindows.front().rootCanvas;
+}
+
+RootWindowRec* tela_root_row(Canvas* canvas)
+{
+    if (!canvas)
+        return nullptr;
+    Canvas* root = canvas->getRootParent();
+    for (RootWindowRec& row : tela_state().rootWindows)
+        if (row.rootCanvas == root)
+            return &row;
+    return nullptr;
 }
 
 Notifier& tela_getNotifier()

@@ -8,6 +8,7 @@
 // root window, 13 size or state change, and mouseStateChangeType for every
 // mouse move or button change.
 
+#include "colour/NormalisedRGB.h"
 #include "core/Callback.h"
 #include "core/Guard.h"
 #include "core/Memory.h"
@@ -23,7 +24,11 @@ class Canvas;
 
 // One row per root window; the first row's canvas is the library's root.
 struct RootWindowRec {
+    explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {})
+        : eventHandler(std::move(handler)), rootCanvas(root) {}
+
     Qv::Ptr<iEventHandler> eventHandler;
+    NormalisedRGB rootColour{0.83f, 0.83f, 0.83f}; // the background where no canvas covers it
     Canvas* rootCanvas = nullptr;
 };
 
@@ -47,6 +52,8 @@ TelaState& tela_state();
 
 // The first root canvas, null when there is none.
 Canvas* tela_rootcanvas();
+// The row of the root canvas of `canvas`; null when it has none.
+RootWindowRec* tela_root_row(Canvas* canvas);
 
 Notifier& tela_getNotifier();
 

@@ -2,11 +2,17 @@
 
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
+#include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasWalk.h"
+#include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
+#include "platform/GraphicPrimitives.h"
 #include "vector/Regions.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace {
 
@@ -62,6 +68,97 @@ void display_dirty_regions(Canvas* root, Canvas* canvas)
         flush_dirty(root, start);
 }
 
+TopDownRect moved(const Qv::Box<int>& box, const XY<int>& by)
+{
+    return {box.x1 + by.x, box.y1 + by.y, box.x2 + by.x, box.y2 + by.y};
+}
+
+// Draws the buffers of `canvas` and its heavyweight descendants, oldest first,
+// into `renderer`, whose origin is at window point `origin`.
+void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const XY<int>& origin,
+                     const Qv::Box<int>& window_box)
+{
+    if (!canvas->mapped || !canvas->shape())
+        return;
+    Qv::Box<int> shape_box;
+    canvas->shape()->getBox(shape_box);
+    const bool touches = std::max(shape_box.x1, window_box.x1) < std::min(shape_box.x2, window_box.x2) &&
+                         std::max(shape_box.y1, window_box.y1) < std::min(shape_box.y2, window_box.y2);
+    if (!touches)
+        return;
+    if (!canvas->lightweight && canvas->offscreenBuffer) {
+        XY<int> size;
+        canvas->offscreenBuffer->getSize(size);
+        ImageDescription image(canvas->offscreenBuffer, XY<int>(shape_box.x1 - origin.x, shape_box.y1 - origin.y),
+                               canvas->useAlphaChannel || canvas->opacity < 1.0);
+        image.opacity = static_cast<float>(canvas->opacity);
+        renderer->drawImages(&image, 1);
+    }
+    for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling)
+        compose_subtree(child, renderer, origin, window_box);
+}
+
+// Copies a heavyweight canvas's buffer into the window over `region`.
+void blit(Canvas* canvas, const RegionPtr& region)
+{
+    if (!canvas->offscreenBuffer || !canvas->window)
+        return;
+    const RegionPtr local = Tela::screenRegionToCanvasRegion(canvas, region, false);
+    if (!local)
+        return;
+    Qv::Box<int> box;
+    local->getBox(box);
+    const XY<int> position = canvas->getPosition();
+
+    if (canvas->isOpaque() && canvas->drawMethod != Canvas::eBuffered) {
+        if (canvas->client)
+            canvas->client->drawUnbuffered(region);
+        return;
+    }
+    Qv::Ptr<iGraphicPrimitivesRenderer> window_renderer;
+    if (!canvas->window->getRenderer(window_renderer, 1) || !window_renderer)
+        return;
+
+    if (canvas->isOpaque()) {
+        window_renderer->setClip(region);
+        if (canvupdTrace != 0) {
+            // Draw debugging: each update flashes green before it lands.
+            const RectDescription flash(moved(box, position), NormalisedRGB(0, 1, 0, 1));
+            window_renderer->drawRects(&flash, 1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        const ImageDescription image(canvas->offscreenBuffer, XY<int>(box.x1 + position.x, box.y1 + position.y),
+                                     TopDownRect{box.x1, box.y1, box.x2, box.y2}, false);
+        window_renderer->drawImages(&image, 1);
+        return;
+    }
+
+    // Translucent: compose what lies beneath in a scratch image first, then
+    // the canvas over it, and copy the result into the window.
+    Qv::Ptr<iImage> scratch;
+    if (!canvas->window->createOffscreenImage(scratch, {box.width(), box.height()}) || !scratch)
+        return;
+    Qv::Ptr<iGraphicPrimitivesRenderer> scratch_renderer;
+    if (!scratch->getRenderer(scratch_renderer, 1) || !scratch_renderer)
+        return;
+    Canvas* root = canvas->getRootParent();
+    const XY<int> origin(box.x1 + position.x, box.y1 + position.y);
+    const Qv::Box<int> window_box{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()};
+    tela_fill_root_background(root, scratch_renderer, TopDownRect{0, 0, box.width(), box.height()});
+    for (Canvas* child = root->oldestChild; child && child != canvas; child = child->youngerSibling)
+        compose_subtree(child, scratch_renderer, origin, window_box);
+    // A canvas below full opacity blends whatever its buffer's alpha says.
+    ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), TopDownRect{box.x1, box.y1, box.x2, box.y2},
+                         canvas->useAlphaChannel || canvas->opacity < 1.0);
+    own.opacity = static_cast<float>(canvas->opacity);
+    scratch_renderer->drawImages(&own, 1);
+    scratch_renderer = nullptr;
+
+    window_renderer->setClip(region);
+    const ImageDescription result(scratch, origin, false);
+    window_renderer->drawImages(&result, 1);
+}
+
 } // namespace
 
 void tela_display_dirty_regions(Canvas* canvas)
@@ -80,9 +177,20 @@ void tela_display_dirty_regions(Canvas* canvas)
 
 void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region)
 {
-    // Until canvases are blitted into the window's pixels here, the window is
-    // told what changed and repaints it from its own paint event.
-    if (Canvas* root = canvas ? canvas->getRootParent() : nullptr)
-        if (root->window)
-            root->window->invalidate(region);
+    if (!canvas || !region)
+        return;
+    if (canvas->isRoot()) {
+        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+        if (!canvas->window || !canvas->window->getRenderer(renderer, 1) || !renderer)
+            return;
+        Qv::Box<int> box;
+        region->getBox(box);
+        renderer->setClip(region);
+        tela_fill_root_background(canvas, renderer, TopDownRect{box.x1, box.y1, box.x2, box.y2});
+        return;
+    }
+    Canvas* draw = canvdraw_canvas(canvas);
+    if (!draw || !draw->shape())
+        return;
+    blit(draw, region);
 }

@@ -80,7 +80,7 @@ TEST(LibraryState, debug_commands_are_registered_at_load_and_work)
     OS()->windowing()->createRootWindow(window, 0);
     Canvas* root = tela_newcanvas(nullptr, nullptr);
     root->window = window;
-    tela_state().rootWindows.push_back(RootWindowRec{{}, root});
+    tela_state().rootWindows.push_back(RootWindowRec(root));
     const bool had_title_bar = window->hasTitleBar();
     commands.execute(String("Toggle Window Style"));
     EXPECT_NE(window->hasTitleBar(), had_title_bar);

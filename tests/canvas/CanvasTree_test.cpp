@@ -66,7 +66,7 @@ Order walk(Canvas* root, Canvas* (*next)(Canvas*, Canvas*))
 
 // Removes whatever a test left as a root of the library state.
 struct RootRegistration {
-    explicit RootRegistration(Canvas* root) { tela_state().rootWindows.push_back(RootWindowRec{{}, root}); }
+    explicit RootRegistration(Canvas* root) { tela_state().rootWindows.push_back(RootWindowRec(root)); }
     ~RootRegistration() { tela_state().rootWindows.clear(); }
 };
 

@@ -104,7 +104,7 @@ Outcome run_producers(int events_each)
         OS()->windowing()->createRootWindow(window, 0);
         Canvas* root = tela_newcanvas(nullptr, nullptr);
         root->window = window;
-        tela_state().rootWindows.push_back(RootWindowRec{{}, root});
+        tela_state().rootWindows.push_back(RootWindowRec(root));
         window->setEventHandler(Qv::make<Dispatcher>(delivered, total));
 
         // Messages go to the sink as handler, key events through its canvas.

@@ -270,7 +270,7 @@ TEST(CanvasRegions, the_two_forms_of_screen_to_canvas_move_vertically_in_opposit
 {
     // The first root gives every canvas its position; register one for this test.
     Canvas* root = tela_newcanvas(nullptr, nullptr);
-    tela_state().rootWindows.push_back(RootWindowRec{{}, root});
+    tela_state().rootWindows.push_back(RootWindowRec(root));
     root->shape(region_mkrect(TopDownRect{0, 0, 200, 100}));
     Canvas* child = tela_newcanvas(nullptr, root);
     child->shape(region_mkrect(TopDownRect{20, 30, 60, 50}));

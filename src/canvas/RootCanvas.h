@@ -1,0 +1,41 @@
+#pragma once
+// RootCanvas: the canvas that stands for one native window. It tops a canvas
+// tree, paints the window's background and carries out the display roads.
+// Listeners hear a RootCanvasEvent just before a composited frame is drawn.
+
+#include "canvas/Canvas.h"
+#include "core/Notifier.h"
+#include "platform/iRootWindow.h"
+
+#include <cstdint>
+
+struct RootCanvasEvent {
+    std::int32_t value = 0;
+};
+
+class RootCanvas : public Canvas, public GenericNotifier<RootCanvasEvent> {
+public:
+    // The shape is the window's box; the row in the library state is added
+    // by tela_addRootWindow and removed by the destructor.
+    explicit RootCanvas(const Qv::Ptr<iRootWindow>& window);
+    ~RootCanvas() override;
+
+    // Repaint of a window region (null: the whole window) on request.
+    virtual void display(Qv::Ptr<iRegion> region);
+    virtual void displayDirtyRegions(Canvas* canvas);
+    virtual void drawBackground(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
+
+    // The native window changed size: new shape, and every canvas keeps its
+    // distance from the top of the window.
+    void reshapeToWindow();
+};
+
+// Appends the row of a root: its event sink and its background colour.
+void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler);
+
+// Makes the window and its root canvas, which takes the keyboard focus and
+// becomes the current canvas. Null when the window cannot be made.
+RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args, const Qv::Ptr<iEventHandler>& handler);
+
+// Fills `area` (window coordinates) with the root's background.
+void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const TopDownRect& area);

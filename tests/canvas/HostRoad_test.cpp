@@ -1,0 +1,110 @@
+// A whole window painted on the host road and compared with a reference
+// picture: opaque, translucent, shaped and nested canvases, moved and
+// restacked after the first paint.
+
+#include "app/TelaState.h"
+#include "canvas/Canvas.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/RootCanvas.h"
+#include "canvas/UpdateTracking.h"
+#include "events/EventQueue.h"
+#include "vector/Regions.h"
+
+#include "headless/HeadlessRootWindow.h"
+#include "headless/HostImage.h"
+#include "headless/PngFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr int kWidth = 240, kHeight = 160;
+
+// A canvas at window rectangle (left, top, width, height) whose buffer is one
+// colour; `shape` (in its own box, top-down) cuts it when given.
+Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::uint32_t argb,
+                RegionPtr shape = {})
+{
+    Canvas* c = tela_newcanvas(nullptr, parent);
+    c->matrix[0][2] = left;
+    c->matrix[1][2] = kHeight - top - height;
+    c->inverseMatrix[0][2] = -left;
+    c->inverseMatrix[1][2] = -(kHeight - top - height);
+    c->shape(shape ? region_translate(shape, left, -top) : region_mkrect(TopDownRect{left, top, left + width, top + height}));
+    c->reshape({width, height});
+    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(argb);
+    return c;
+}
+
+std::string reference(const char* name)
+{
+    return std::string(TELA_TEST_DATA) + "/" + name;
+}
+
+// Counts pixels whose channels differ by more than `tolerance`.
+int differing_pixels(const Headless::HostImage& a, const Headless::HostImage& b, int tolerance)
+{
+    XY<int> size;
+    a.getSize(size);
+    int differing = 0;
+    for (int y = 0; y < size.y; ++y)
+        for (int x = 0; x < size.x; ++x) {
+            const std::uint32_t p = a.pixelAt(x, y), q = b.pixelAt(x, y);
+            for (int shift = 0; shift < 32; shift += 8)
+                if (std::abs(static_cast<int>((p >> shift) & 255) - static_cast<int>((q >> shift) & 255)) > tolerance) {
+                    ++differing;
+                    break;
+                }
+        }
+    return differing;
+}
+
+} // namespace
+
+TEST(HostRoad, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows)
+{
+    iRootWindow::InitArgs args;
+    args.size = {kWidth, kHeight};
+    RootCanvas* root = tela_createRootCanvas(args, {});
+    ASSERT_NE(root, nullptr);
+    auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    Canvas* glass = nullptr;
+    Canvas* moving = nullptr;
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        Canvas* panel = painted(root, 10, 10, 120, 90, 0xFF3060C0);                     // opaque blue panel
+        painted(panel, 20, 20, 40, 30, 0xFFF0F0F0);                                    // nested, light
+        painted(panel, 70, 20, 40, 30, 0xFFE0A020);                                    // nested, amber
+        painted(root, 150, 10, 80, 60, 0xFF20A050, makeCurvedRegion({80, 60}, 15, eLargeCorners)); // rounded
+        painted(root, 150, 80, 80, 70, 0xFFC03030, makeCurvedRegion({80, 70}, 9, eSmallCorners));  // two corners
+        glass = painted(root, 90, 60, 90, 60, 0xFFFFFFFF);                             // translucent white
+        glass->setOpacity(0.5);
+        painted(root, 10, 110, 130, 20, 0xFF202020);                                   // dark strip
+        painted(root, 20, 135, 20, 20, 0xFF8040C0);                                    // small squares
+        painted(root, 50, 135, 20, 20, 0xFF40C0C0);
+        moving = painted(root, 80, 135, 20, 20, 0xFFC0C040);
+        root->display(nullptr);
+    }
+    // Move one square and push the translucent one below the panel.
+    tela_translatecanvas(moving, 30, 0); // 30 to the right
+    canvas_push_to_bottom(glass);
+
+    const std::string actual = ::testing::TempDir() + "host_road.png";
+    ASSERT_TRUE(window->snapshot(actual.c_str()));
+    if (std::getenv("TELA_WRITE_REFERENCES")) {
+        ASSERT_TRUE(window->snapshot(reference("host_road.png").c_str()));
+    }
+    const auto expected = Headless::loadPng(reference("host_road.png").c_str());
+    ASSERT_TRUE(expected) << "reference picture missing; run with TELA_WRITE_REFERENCES=1 and look at it";
+    const auto shown = Headless::loadPng(actual.c_str());
+    EXPECT_EQ(differing_pixels(*shown, *expected, 1), 0) << "see " << actual;
+
+    tela_state().rootWindows.clear();
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
+}
