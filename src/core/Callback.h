@@ -47,4 +47,11 @@ Ptr<iCallbackBase<R, T>> makeCallback(std::function<R(const T&)> function)
     return Ptr<iCallbackBase<R, T>>(make<FunctionCallback<R, T>>(std::move(function)));
 }
 
+// The object must outlive the callback, or the callback must be dropped first.
+template <typename Object, typename R, typename T>
+Ptr<iCallbackBase<R, T>> makeCallback(Object* object, R (Object::*method)(const T&))
+{
+    return Ptr<iCallbackBase<R, T>>(make<MethodCallback<Object, R, T>>(object, method));
+}
+
 } // namespace Qv

@@ -14,6 +14,7 @@
 #include "core/CriticalSection.h"
 #include "core/Guard.h"
 #include "core/IdStamp.h"
+#include "core/Log.h"
 #include "core/NotifyMsg.h"
 #include "core/NotifyMsgTypeDictionary.h"
 #include "core/Ptr.h"
@@ -152,6 +153,11 @@ private:
 
     Qv::Ptr<Qv::Guard> registerInternal(const Qv::Ptr<Callback>& callback, int type)
     {
+        // Refused here rather than crashing later, in some unrelated issue.
+        if (!callback) {
+            murl_printf("GenericNotifier::addListener: no callback given\n");
+            return {};
+        }
         CriticalSection::Guard guard(lock());
         Node* node = new Node;
         node->callback = callback;

@@ -6,7 +6,7 @@
 namespace NotifyMsgTypeDictionary {
 
 struct Dictionary {
-    int allTypesId;
+    const int allTypesId;
     int intern(const char* name); // thread-safe; the same name gives the same id
 };
 

@@ -1,102 +1,115 @@
-#include "core/AtomicFile.h"
-#include "core/Commands.h"
 #include "core/Config.h"
 
+#include "TemporaryDirectory.h"
 #include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <thread>
+#include <vector>
 
 namespace {
 
 class ConfigTest : public ::testing::Test {
 protected:
-    void SetUp() override
+    void SetUp() override { Qv::reloadConfigurationFrom(directory.path().string()); }
+    void TearDown() override { Qv::reloadConfigurationFrom(""); }
+
+    void writeConfig(const std::string& text)
     {
-        m_directory = std::filesystem::temp_directory_path() /
-                      ("tela-config-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "-" +
-                       ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(m_directory);
-        std::filesystem::create_directories(m_directory);
-        Qv::reloadConfigurationFrom(m_directory.string());
-    }
-    void TearDown() override
-    {
-        Qv::reloadConfigurationFrom("");
-        std::filesystem::remove_all(m_directory);
-    }
-    void write(const std::string& text)
-    {
-        std::ofstream(m_directory / "config.json") << text;
-        Qv::reloadConfigurationFrom(m_directory.string());
+        TemporaryDirectory::write(directory.file("config.json"), text);
+        Qv::reloadConfigurationFrom(directory.path().string());
     }
 
-    std::filesystem::path m_directory;
+    TemporaryDirectory directory;
 };
 
 } // namespace
 
-TEST_F(ConfigTest, values_defaults_and_bounds)
+TEST_F(ConfigTest, ValuesAreReadAndBoundsClampWithoutWrapping)
 {
-    write(R"({"eTimePerSec": 25.5, "big": 1e12, "small": -7, "text": "12", "half": 2.9})");
+    writeConfig(R"({"eTimePerSec": 25.5, "big": 1e12, "small": -7, "text": "12", "half": 2.9, "neg": -2.9})");
     EXPECT_EQ(config_double("eTimePerSec", 18.2), 25.5);
     EXPECT_EQ(config_double("missing", 18.2), 18.2);
-    EXPECT_EQ(config_int("big", 1), INT_MAX); // clamped, not wrapped
+    EXPECT_EQ(config_int("big", 1), INT_MAX);
     EXPECT_EQ(config_int("small", 1, 0, 10), 0);
-    EXPECT_EQ(config_int("text", 3), 3); // not a number: the default
+    EXPECT_EQ(config_int("small", 1, -100, -50), -50);
+    EXPECT_EQ(config_int("text", 3), 3); // a string is not a number, even if it reads as one
     EXPECT_EQ(config_int("half", 0), 2);
+    EXPECT_EQ(config_int("neg", 0), -2);
     EXPECT_EQ(config_int(nullptr, 4), 4);
+    EXPECT_EQ(config_int("missing", 50, 0, 10), 50); // the caller's default is not clamped
 }
 
-TEST_F(ConfigTest, a_missing_file_gives_defaults_silently)
+TEST_F(ConfigTest, BoundsTheWrongWayRoundAreReportedAndGiveTheDefault)
+{
+    writeConfig(R"({"a": 5})");
+    ReportCapture reports;
+    EXPECT_EQ(config_int("a", 7, 10, 0), 7);
+    EXPECT_EQ(reports.text(), "config_int: bounds of a are the wrong way round\n");
+    EXPECT_EQ(config_int("a", 7), 5); // and lookups carry on
+}
+
+TEST_F(ConfigTest, AMissingFileGivesDefaultsSilently)
 {
     ReportCapture reports;
     EXPECT_EQ(config_int("discard_stale_mouse_events", 1), 1);
+    EXPECT_EQ(config_double("eTimePerSec", 18.2), 18.2);
     EXPECT_TRUE(reports.text().empty());
 }
 
-TEST_F(ConfigTest, a_corrupt_file_is_reported_once_and_kept_aside)
+TEST_F(ConfigTest, TheFileIsReadOnceUntilTheHookReloadsIt)
 {
-    write("{ \"a\": 1,, }");
+    writeConfig(R"({"a": 1})");
+    EXPECT_EQ(config_int("a", 0), 1);
+    TemporaryDirectory::write(directory.file("config.json"), R"({"a": 2})");
+    EXPECT_EQ(config_int("a", 0), 1);
+    Qv::reloadConfigurationFrom(directory.path().string());
+    EXPECT_EQ(config_int("a", 0), 2);
+}
+
+TEST_F(ConfigTest, ACorruptFileIsReportedOnceAcrossThreadsAndKeptAside)
+{
+    writeConfig("{ \"a\": 1,, }");
     ReportCapture reports;
-    EXPECT_EQ(config_int("a", 7), 7);
+    std::vector<std::thread> threads;
+    std::vector<int> seen(4, 0);
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&seen, t] { seen[t] = config_int("a", 7); });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(seen, std::vector<int>(4, 7));
     EXPECT_EQ(config_int("a", 7), 7);
     EXPECT_EQ(reports.count("is not a JSON object"), 1);
-    EXPECT_FALSE(std::filesystem::exists(m_directory / "config.json"));
-    std::ifstream kept(m_directory / "config.json.corrupt");
-    std::string text((std::istreambuf_iterator<char>(kept)), {});
-    EXPECT_EQ(text, "{ \"a\": 1,, }");
+    EXPECT_EQ(reports.count("config.json.corrupt"), 1);
+    EXPECT_FALSE(std::filesystem::exists(directory.file("config.json")));
+    EXPECT_EQ(TemporaryDirectory::read(directory.file("config.json.corrupt")), "{ \"a\": 1,, }");
 }
 
-TEST_F(ConfigTest, atomic_writes_replace_whole_files_and_leave_no_temporary)
+TEST_F(ConfigTest, ASecondCorruptFileNeverOverwritesTheFirstOneKeptAside)
 {
-    const std::string path = (m_directory / "preferences.json").string();
-    ASSERT_TRUE(Qv::writeFileAtomically(path, "first"));
-    ASSERT_TRUE(Qv::writeFileAtomically(path, "second, longer"));
-    std::string text;
-    ASSERT_TRUE(Qv::readFile(path, text));
-    EXPECT_EQ(text, "second, longer");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_directory), {}), 1);
-
-    std::string error;
-    EXPECT_FALSE(Qv::writeFileAtomically((m_directory / "no" / "such" / "dir").string(), "x", &error));
-    EXPECT_NE(error.find("cannot create"), std::string::npos);
+    writeConfig("[1, 2]"); // JSON, but not an object of settings
+    ReportCapture reports;
+    EXPECT_EQ(config_int("a", 3), 3);
+    writeConfig("not json at all");
+    EXPECT_EQ(config_int("a", 3), 3);
+    EXPECT_EQ(reports.count("is not a JSON object"), 2);
+    EXPECT_EQ(TemporaryDirectory::read(directory.file("config.json.corrupt")), "[1, 2]");
+    EXPECT_EQ(TemporaryDirectory::read(directory.file("config.json.corrupt.1")), "not json at all");
 }
 
-namespace {
-int s_runs = 0;
-void count_run() { ++s_runs; }
-const CommandRegistrar s_registered("Test: count a run", Cmd::Function(count_run));
-} // namespace
-
-TEST(Commands, statically_registered_commands_are_found_and_run)
+TEST(ConfigDirectory, FollowsXdgConfigHomeAndTheApplicationName)
 {
-    CommandMap& map = CommandMap::instance();
-    EXPECT_TRUE(map.contains(String("Test: count a run")));
-    EXPECT_TRUE(map.execute(String("Test: count a run")));
-    EXPECT_EQ(s_runs, 1);
-    EXPECT_FALSE(map.execute(String("No such command")));
+    Qv::reloadConfigurationFrom("");
+    const char* previous = std::getenv("XDG_CONFIG_HOME");
+    const std::string saved = previous ? previous : "";
+    ::setenv("XDG_CONFIG_HOME", "/somewhere/config", 1);
+    const String directory = Qv::configurationDirectory();
+    EXPECT_EQ(directory.view().substr(0, 18), "/somewhere/config/");
+    EXPECT_GT(directory.size(), 18u); // an application name follows, "Tela" when there is none
+    if (previous)
+        ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
+    else
+        ::unsetenv("XDG_CONFIG_HOME");
+    Qv::reloadConfigurationFrom("");
 }

@@ -2,10 +2,13 @@
 #include "core/NotifyMsgTypeDictionary.h"
 
 #include "support/LiveBlocks.h"
+#include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -24,7 +27,7 @@ struct Counter {
 
 } // namespace
 
-TEST(Notifier, listeners_hear_their_channel_and_the_all_types_channel_hears_everything)
+TEST(Notifier, ListenersHearTheirChannelAndAllTypesListenersHearEverything)
 {
     const int all = NotifyMsgTypeDictionary::instance().allTypesId;
     Notifier notifier;
@@ -46,7 +49,7 @@ TEST(Notifier, listeners_hear_their_channel_and_the_all_types_channel_hears_ever
     EXPECT_EQ(notifier.numClients(), 2);
 }
 
-TEST(Notifier, changes_made_during_an_issue_take_effect_after_it)
+TEST(Notifier, ChangesMadeDuringAnIssueTakeEffectAfterIt)
 {
     Notifier notifier;
     int late_calls = 0, self_removing_calls = 0, survivor_calls = 0;
@@ -79,7 +82,7 @@ TEST(Notifier, changes_made_during_an_issue_take_effect_after_it)
     EXPECT_EQ(survivor_calls, 2);
 }
 
-TEST(Notifier, a_guard_released_after_its_notifier_is_harmless_and_nothing_leaks)
+TEST(Notifier, AGuardReleasedAfterItsNotifierIsHarmlessAndNothingLeaks)
 {
     const auto before = live_blocks();
     {
@@ -94,7 +97,7 @@ TEST(Notifier, a_guard_released_after_its_notifier_is_harmless_and_nothing_leaks
     EXPECT_EQ(live_blocks(), before);
 }
 
-TEST(Notifier, names_intern_to_one_id_per_name_across_threads)
+TEST(NotifyMsgTypeDictionary, NamesInternToOneIdPerNameAcrossThreads)
 {
     std::vector<std::thread> threads;
     std::vector<std::vector<int>> ids(4);
@@ -109,4 +112,103 @@ TEST(Notifier, names_intern_to_one_id_per_name_across_threads)
         EXPECT_EQ(ids[t], ids[0]);
     EXPECT_EQ(std::set<int>(ids[0].begin(), ids[0].end()).size(), 50u);
     EXPECT_EQ(std::count(ids[0].begin(), ids[0].end(), NotifyMsgTypeDictionary::instance().allTypesId), 0);
+}
+
+TEST(Notifier, ARemovalDuringAnIssueSilencesTheRemovedListenerAtOnce)
+{
+    Notifier notifier;
+    int later_calls = 0;
+    Qv::Ptr<Qv::Guard> later;
+    auto remover = notifier.addListener(
+        [&](const NotifyMsg&) {
+            later = nullptr; // removes a listener further down the list
+            return 0;
+        },
+        1);
+    later = notifier.addListener([&](const NotifyMsg&) { return ++later_calls; }, 1);
+    notifier.issueNotification(NotifyMsg(), 1);
+    EXPECT_EQ(later_calls, 0);
+    EXPECT_EQ(notifier.numClients(), 1); // unlinked once the issue ended
+}
+
+TEST(Notifier, NestedIssuesApplyChangesOnlyWhenTheOutermostEnds)
+{
+    Notifier notifier;
+    int inner_issues = 0, added_calls = 0;
+    Qv::Ptr<Qv::Guard> added, transient;
+    auto nester = notifier.addListener(
+        [&](const NotifyMsg&) {
+            if (!added) {
+                added = notifier.addListener([&](const NotifyMsg&) { return ++added_calls; }, 2);
+                // Added and dropped within one issue: never heard, never kept.
+                transient = notifier.addListener([&](const NotifyMsg&) { return ++added_calls; }, 2);
+                transient = nullptr;
+            }
+            return 0;
+        },
+        1);
+    auto relay = notifier.addListener(
+        [&](const NotifyMsg&) {
+            ++inner_issues;
+            notifier.issueNotification(NotifyMsg(), 2); // the new listener is not live yet
+            EXPECT_EQ(notifier.numClients(), 4);         // nor is anything unlinked
+            return 0;
+        },
+        1);
+    notifier.issueNotification(NotifyMsg(), 1);
+    EXPECT_EQ(inner_issues, 1);
+    EXPECT_EQ(added_calls, 0);
+    EXPECT_EQ(notifier.numClients(), 3);
+    notifier.issueNotification(NotifyMsg(), 2);
+    EXPECT_EQ(added_calls, 1);
+}
+
+TEST(Notifier, AMissingCallbackIsReportedAndRefused)
+{
+    Notifier notifier;
+    ReportCapture reports;
+    const Qv::Ptr<Qv::Guard> guard = notifier.registerNotification(Qv::Ptr<iCallbackBase<int, NotifyMsg>>(), 1);
+    EXPECT_FALSE(guard);
+    EXPECT_EQ(reports.text(), "GenericNotifier::addListener: no callback given\n");
+    EXPECT_EQ(notifier.numClients(), 0);
+    notifier.issueNotification(NotifyMsg(), 1); // and issuing still works
+}
+
+TEST(Notifier, GuardsReleasedOnOtherThreadsDuringIssuesLeaveAConsistentList)
+{
+    Notifier notifier;
+    std::atomic<int> heard{0};
+    std::vector<Qv::Ptr<Qv::Guard>> guards;
+    for (int i = 0; i < 64; ++i)
+        guards.push_back(notifier.addListener([&](const NotifyMsg&) { return ++heard; }, 1));
+    std::thread releaser([&] {
+        for (auto& guard : guards)
+            guard = nullptr;
+    });
+    for (int i = 0; i < 200; ++i)
+        notifier.issueNotification(NotifyMsg(), 1);
+    releaser.join();
+    EXPECT_EQ(notifier.numClients(), 0);
+    EXPECT_FALSE(notifier.anyListeners(1));
+}
+
+namespace {
+struct Recorder {
+    int last = 0;
+    int record(const NotifyMsg& message)
+    {
+        last = message.type();
+        return 7;
+    }
+};
+} // namespace
+
+TEST(Callback, MethodAndFunctionCallbacksRunThroughExecute)
+{
+    Recorder recorder;
+    const auto method = Qv::makeCallback(&recorder, &Recorder::record);
+    EXPECT_EQ(method->execute(NotifyMsg(String("m"), 42)), 7);
+    EXPECT_EQ(recorder.last, 42);
+    const auto empty = Qv::makeCallback<int, NotifyMsg>(std::function<int(const NotifyMsg&)>());
+    EXPECT_EQ(empty->execute(NotifyMsg()), 0); // an empty function is a no-op, not a crash
 }
