@@ -1,4 +1,5 @@
 #include "headless/HeadlessServices.h"
+#include "headless/SoftwareRenderer.h"
 
 #include "core/Log.h"
 #include "headless/HeadlessRootWindow.h"
@@ -95,4 +96,9 @@ int Headless::Shell::messageBox(const WString& title, const WString& text, int, 
 {
     murl_printf("[%s] %s\n", toUTF8(title).c_str(), toUTF8(text).c_str());
     return 1;
+}
+
+Qv::Ptr<iShaderEffect> Headless::Imaging::findShader(const String& name)
+{
+    return SoftwareRenderer::findShader(name);
 }

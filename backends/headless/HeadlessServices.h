@@ -69,6 +69,7 @@ public:
     bool toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image) override;
     bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) override;
     void releaseGPUResources() override {}
+    Qv::Ptr<iShaderEffect> findShader(const String& name) override;
 };
 
 class Shell final : public iShellService {

@@ -2,6 +2,8 @@
 
 #include "canvas/Canvas.h"
 #include "core/NotifyMsgTypeDictionary.h"
+#include "platform/OS.h"
+#include "platform/iImagingService.h"
 
 TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
 {
@@ -29,6 +31,17 @@ RootWindowRec* tela_root_row(Canvas* canvas)
         if (row.rootCanvas == root)
             return &row;
     return nullptr;
+}
+
+Qv::Ptr<iShaderEffect> tela_shader(int number)
+{
+    static const char* const kNames[6] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC", "RoundedRectangle", "Ellipse"};
+    if (number < 0 || number >= 6)
+        return nullptr;
+    Qv::Ptr<iShaderEffect>& shader = tela_state().shaders[number];
+    if (!shader)
+        shader = OS()->imaging()->findShader(String(kNames[number]));
+    return shader;
 }
 
 Notifier& tela_getNotifier()

@@ -17,6 +17,7 @@
 #include "platform/OSEvents.h"
 #include "platform/iEventHandler.h"
 #include "platform/iRootWindow.h"
+#include "platform/iShaderEffect.h"
 
 #include <cstdint>
 
@@ -46,6 +47,7 @@ public:
     std::int32_t mouseStateChangeType; // the id of "MouseStateChange"
     Qv::Vector<RootWindowRec> rootWindows;
     std::int32_t mouseContextDisableCount = 0;
+    Qv::Ptr<iShaderEffect> shaders[6]; // found on first use, see tela_shader
 };
 
 TelaState& tela_state();
@@ -56,6 +58,10 @@ Canvas* tela_rootcanvas();
 RootWindowRec* tela_root_row(Canvas* canvas);
 
 Notifier& tela_getNotifier();
+
+// The six pixel programs, by number: 0 "InFront", 1 "ShadowLR", 2 "ShadowTB",
+// 3 "ShadowC", 4 "RoundedRectangle", 5 "Ellipse". Each is looked up once.
+Qv::Ptr<iShaderEffect> tela_shader(int number);
 
 namespace Tela {
 

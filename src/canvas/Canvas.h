@@ -43,6 +43,9 @@ public:
 
     virtual void handleMouseContainment(bool contained);
 
+    // Draws the canvas from its buffer into a composited frame.
+    void display(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
+
     // Sets every field to its default and takes a fresh serial number.
     void init();
 

@@ -46,8 +46,17 @@ void RootCanvas::display(Qv::Ptr<iRegion> region)
     if (!window)
         return;
     if (window->displayLocation() != iImageBase::eHostMemory) {
-        // The composited frame is drawn by the window's paint event.
+        // A whole frame, back to front; the region asked for is not consulted.
         issueNotification(RootCanvasEvent{0}, NotifyMsgTypeDictionary::instance().allTypesId);
+        static CriticalSection s_frame_lock; // one composited frame at a time
+        CriticalSection::Guard guard(s_frame_lock);
+        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+        if (!window->getRenderer(renderer, 1) || !renderer)
+            return;
+        renderer->setClip(nullptr);
+        drawBackground(renderer);
+        displaySubtree(oldestChild, renderer);
+        renderer = nullptr; // presents the frame
         return;
     }
     Tela::UpdateDeferrer deferrer(nullptr, tela_refresh_presentation());
@@ -70,6 +79,17 @@ void RootCanvas::drawBackground(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer)
     if (oldestChild && region_eq(oldestChild->shape(), shape()))
         return;
     tela_fill_root_background(this, renderer, TopDownRect{0, 0, getWidth(), getHeight()});
+}
+
+void RootCanvas::displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer)
+{
+    for (Canvas* c = first; c; c = c->youngerSibling) {
+        // Unmapped or wholly covered: skipped with everything on it.
+        if (!c->mapped || !c->getVisibleRegion())
+            continue;
+        c->display(renderer);
+        displaySubtree(c->oldestChild, renderer);
+    }
 }
 
 void RootCanvas::reshapeToWindow()

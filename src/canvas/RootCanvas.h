@@ -28,6 +28,10 @@ public:
     // The native window changed size: new shape, and every canvas keeps its
     // distance from the top of the window.
     void reshapeToWindow();
+
+private:
+    // Paints `first` and its younger siblings, each followed by its subtree.
+    void displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
 };
 
 // Appends the row of a root: its event sink and its background colour.

@@ -3,6 +3,7 @@
 
 #include "core/Ptr.h"
 #include "platform/iImage.h"
+#include "platform/iShaderEffect.h"
 
 class iImagingService {
 public:
@@ -10,6 +11,8 @@ public:
     virtual bool toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image) = 0;
     virtual bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) = 0;
     virtual void releaseGPUResources() = 0;
+    // The pixel program of that name ("InFront", "ShadowLR", ...); null when unknown.
+    virtual Qv::Ptr<iShaderEffect> findShader(const String& name) = 0;
 protected:
     ~iImagingService() = default;
 };

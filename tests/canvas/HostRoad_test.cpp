@@ -1,17 +1,19 @@
-// A whole window painted on the host road and compared with a reference
-// picture: opaque, translucent, shaped and nested canvases, moved and
-// restacked after the first paint.
+// A whole window painted on both display roads and compared with one
+// reference picture: opaque, translucent, shaped and nested canvases, moved
+// and restacked after the first paint.
 
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
 #include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasTree.h"
+#include "canvas/CanvasWalk.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
 #include "events/EventQueue.h"
 #include "vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
+#include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
 #include "headless/PngFile.h"
 
@@ -65,13 +67,18 @@ int differing_pixels(const Headless::HostImage& a, const Headless::HostImage& b,
 
 } // namespace
 
-TEST(HostRoad, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows)
+class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
+
+TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows)
 {
+    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     iRootWindow::InitArgs args;
     args.size = {kWidth, kHeight};
     RootCanvas* root = tela_createRootCanvas(args, {});
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
     ASSERT_NE(root, nullptr);
     auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    ASSERT_EQ(window->displayLocation(), GetParam());
     Canvas* glass = nullptr;
     Canvas* moving = nullptr;
     {
@@ -87,23 +94,64 @@ TEST(HostRoad, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows
         painted(root, 20, 135, 20, 20, 0xFF8040C0);                                    // small squares
         painted(root, 50, 135, 20, 20, 0xFF40C0C0);
         moving = painted(root, 80, 135, 20, 20, 0xFFC0C040);
-        root->display(nullptr);
+        // Each canvas reports its drawing, as endRender does.
+        for (Canvas* c = canvas_walk_postorder(root, nullptr); c; c = canvas_walk_postorder(root, c))
+            canvupd_mark_all(c);
     }
     // Move one square and push the translucent one below the panel.
     tela_translatecanvas(moving, 30, 0); // 30 to the right
     canvas_push_to_bottom(glass);
+    if (GetParam() == iImageBase::eGPU) {
+        // The composited road only asked for a frame; this is the paint event.
+        EXPECT_TRUE(window->invalidRegion());
+        root->display(window->invalidRegion());
+    }
 
-    const std::string actual = ::testing::TempDir() + "host_road.png";
+    const std::string actual =
+        ::testing::TempDir() + (GetParam() == iImageBase::eGPU ? "composited_road.png" : "host_road.png");
     ASSERT_TRUE(window->snapshot(actual.c_str()));
-    if (std::getenv("TELA_WRITE_REFERENCES")) {
+    if (std::getenv("TELA_WRITE_REFERENCES") && GetParam() == iImageBase::eHostMemory) {
         ASSERT_TRUE(window->snapshot(reference("host_road.png").c_str()));
     }
     const auto expected = Headless::loadPng(reference("host_road.png").c_str());
     ASSERT_TRUE(expected) << "reference picture missing; run with TELA_WRITE_REFERENCES=1 and look at it";
     const auto shown = Headless::loadPng(actual.c_str());
+    // The roads compose translucency in different orders of rounding: allow
+    // one step per channel.
     EXPECT_EQ(differing_pixels(*shown, *expected, 1), 0) << "see " << actual;
 
     tela_state().rootWindows.clear();
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::eHostMemory, iImageBase::eGPU),
+                         [](const auto& info) { return info.param == iImageBase::eGPU ? "composited" : "host"; });
+
+TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
+{
+    iRootWindow::InitArgs args;
+    args.size = {200, 100};
+    RootCanvas* root = tela_createRootCanvas(args, {});
+    ASSERT_NE(root, nullptr);
+    Canvas* child = painted(root, 10, 10, 20, 20, 0xFF000000);
+    Canvas* grandchild = painted(child, 12, 12, 5, 5, 0xFF000000);
+    const double child_y = child->matrix[1][2];
+    const double grandchild_y = grandchild->matrix[1][2];
+    Qv::Box<int> shape_before;
+    child->shape()->getBox(shape_before);
+
+    Qv::dynamicCast<Headless::RootWindow>(root->window)->setSize({200, 130});
+    root->reshapeToWindow();
+    EXPECT_EQ(root->getHeight(), 130);
+    EXPECT_EQ(child->matrix[1][2], child_y + 30);
+    EXPECT_EQ(grandchild->matrix[1][2], grandchild_y + 30);
+    EXPECT_EQ(child->inverseMatrix[1][2], -(child_y + 30));
+    Qv::Box<int> shape_after;
+    child->shape()->getBox(shape_after);
+    EXPECT_EQ(shape_after, shape_before); // shapes stay where they are in the window
+
     event_set_kbd_focus(nullptr);
     tela_setcanvas(nullptr);
     tela_deletecanvas(root);
