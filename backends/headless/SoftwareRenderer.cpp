@@ -392,16 +392,23 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
     mapping.m[1][1] = scale_y;
     mapping.m[1][2] = source.top - dest.top * scale_y;
     mapping.m[2][2] = 1.0;
-    pixman_transform fixed_mapping;
-    pixman_transform_from_pixman_f_transform(&fixed_mapping, &mapping);
-    pixman_image_set_transform(source_image.get(), &fixed_mapping);
-    // Whole-pixel copies stay exact; anything else is filtered.
+    // Whole-pixel copies stay exact and take pixman's plain copying paths, which a
+    // transform would rule out: they are given as an offset instead.
     const bool exact = scale_x == 1.0 && scale_y == 1.0 && is_whole(static_cast<float>(mapping.m[0][2]))
         && is_whole(static_cast<float>(mapping.m[1][2]));
-    pixman_image_set_filter(source_image.get(), exact ? PIXMAN_FILTER_NEAREST : PIXMAN_FILTER_BILINEAR, nullptr, 0);
-    // Filtering at the edge of the image reads beyond it; repeating the edge keeps the
-    // border from fading towards transparent.
-    pixman_image_set_repeat(source_image.get(), PIXMAN_REPEAT_PAD);
+    int source_x = 0, source_y = 0;
+    if (exact) {
+        source_x = static_cast<int>(mapping.m[0][2]);
+        source_y = static_cast<int>(mapping.m[1][2]);
+    } else {
+        pixman_transform fixed_mapping;
+        pixman_transform_from_pixman_f_transform(&fixed_mapping, &mapping);
+        pixman_image_set_transform(source_image.get(), &fixed_mapping);
+        pixman_image_set_filter(source_image.get(), PIXMAN_FILTER_BILINEAR, nullptr, 0);
+        // Filtering at the edge of the image reads beyond it; repeating the edge
+        // keeps the border from fading towards transparent.
+        pixman_image_set_repeat(source_image.get(), PIXMAN_REPEAT_PAD);
+    }
 
     const int width = right - left;
     const int height = bottom - top;
@@ -431,7 +438,7 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
     const PixmanImage mask_image(mask);
     // The coverage mask starts at (left, top); a solid mask is the same everywhere.
     pixman_image_composite32(blend ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, source_image.get(), mask_image.get(), m_target,
-                             left, top, 0, 0, left, top, width, height);
+                             left + source_x, top + source_y, 0, 0, left, top, width, height);
 }
 
 // [SECTION] Operations not drawn yet
