@@ -7,6 +7,8 @@
 #include "canvas/Mapping.h"
 #include "canvas/Picking.h"
 #include "canvas/UpdateTracking.h"
+#include "canvas/Wipe.h"
+#include "colour/CurrentColour.h"
 #include "vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
@@ -326,4 +328,22 @@ TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_bo
         canvupd_mark_all(hidden);
     }
     EXPECT_EQ(take_invalid(), nullptr); // no mapped canvas was dirty: no frame
+}
+
+TEST_F(WindowFixture, wiping_fills_the_current_canvas_with_the_current_colour_and_shows_it)
+{
+    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* light = child(a, 20, 20, 40, 40); // draws into a's buffer
+    light->lightweight = 1;
+    tela_setcanvas(light);
+    tela_setcolour(0xFF0000); // packed: blue in bits 16-23
+    tela_wipecanvas();
+    EXPECT_EQ(shown(25, 25), kBlue);
+    EXPECT_EQ(shown(15, 15), 0u); // outside the wiped canvas nothing was shown
+    auto buffer = Qv::dynamicCast<Headless::HostImage>(a->offscreenBuffer);
+    EXPECT_EQ(buffer->pixelAt(5, 5), kRed);   // the owner's own pixels stay
+    EXPECT_EQ(buffer->pixelAt(15, 15), kBlue); // the lightweight child's are in its buffer
+    tela_setcanvas(nullptr);
+    tela_wipecanvas(); // no current canvas: nothing happens
+    tela_setcolour(0);
 }
