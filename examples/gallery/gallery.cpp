@@ -1,0 +1,102 @@
+// The gallery: what Tela can show so far, painted on the headless platform
+// and written out as screenshots, one per display road.
+//
+// Usage: gallery [directory]   (default: the current directory)
+
+#include "canvas/Canvas.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/CanvasWalk.h"
+#include "canvas/RootCanvas.h"
+#include "canvas/UpdateTracking.h"
+#include "canvas/Wipe.h"
+#include "colour/CurrentColour.h"
+#include "events/EventQueue.h"
+#include "vector/Regions.h"
+
+#include "headless/HeadlessRootWindow.h"
+#include "headless/HeadlessServices.h"
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+constexpr int kWidth = 640, kHeight = 400;
+
+// Packed device colours: red in the low byte.
+int packed(int red, int green, int blue)
+{
+    return red | green << 8 | blue << 16;
+}
+
+// A heavyweight canvas at a window rectangle, shaped by `outline` (in its own
+// box) when given, cleared to a colour through the drawing state.
+Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colour, RegionPtr outline = {})
+{
+    Canvas* c = tela_newcanvas(nullptr, parent);
+    c->matrix[0][2] = left;
+    c->matrix[1][2] = kHeight - top - height;
+    c->inverseMatrix[0][2] = -left;
+    c->inverseMatrix[1][2] = -(kHeight - top - height);
+    c->shape(outline ? region_translate(outline, left, -top)
+                     : region_mkrect(TopDownRect{left, top, left + width, top + height}));
+    c->reshape({width, height});
+    tela_setcanvas(c);
+    tela_setcolour(colour);
+    tela_wipecanvas();
+    return c;
+}
+
+bool paint_scene(iImageBase::eLocation road, const std::string& path)
+{
+    Headless::services().windowing()->setDefaultDisplayLocation(road);
+    iRootWindow::InitArgs args;
+    args.size = {kWidth, kHeight};
+    RootCanvas* root = tela_createRootCanvas(args, {});
+    if (!root)
+        return false;
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(40, 44, 52));
+        for (int i = 0; i < 6; ++i)
+            panel(sidebar, 12, 16 + i * 44, 136, 32, i == 2 ? packed(70, 120, 220) : packed(60, 66, 78),
+                  makeCurvedRegion({136, 32}, 15, eSmallCorners));
+        Canvas* content = panel(root, 176, 16, 448, 260, packed(250, 250, 252),
+                                makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        panel(content, 200, 40, 190, 110, packed(230, 90, 70));
+        panel(content, 410, 40, 190, 110, packed(80, 180, 120));
+        panel(content, 200, 166, 400, 90, packed(90, 130, 210));
+        Canvas* glass = panel(root, 300, 200, 260, 150, packed(255, 255, 255));
+        glass->setOpacity(0.6);
+        Canvas* status = panel(root, 176, 292, 448, 92, packed(60, 66, 78),
+                               makeCurvedRegion({448, 92}, 15, eLargeCorners));
+        tela_translatecanvas(status, 0, 0);
+    }
+    root->display(nullptr); // the window's first paint event
+    auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    const bool written = window && window->snapshot(path.c_str());
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
+    return written;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string directory = argc > 1 ? argv[1] : ".";
+    int failures = 0;
+    for (auto [road, name] : {std::pair{iImageBase::eHostMemory, "gallery-host.png"},
+                              std::pair{iImageBase::eGPU, "gallery-composited.png"}}) {
+        const std::string path = directory + "/" + name;
+        if (paint_scene(road, path)) {
+            std::printf("wrote %s\n", path.c_str());
+        } else {
+            std::fprintf(stderr, "could not write %s\n", path.c_str());
+            ++failures;
+        }
+    }
+    return failures == 0 ? 0 : 1;
+}
