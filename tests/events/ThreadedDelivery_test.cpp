@@ -11,6 +11,8 @@
 #include "headless/HeadlessServices.h"
 #include "support/LiveBlocks.h"
 
+#include "support/WakeSink.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -55,7 +57,7 @@ struct Sink : CanvasClient {
 
 // The window's event sink: each wake takes one event off the queue and
 // delivers it, as the dispatcher does.
-class Dispatcher final : public iEventHandler {
+class Dispatcher final : public WakeSink {
 public:
     Dispatcher(std::atomic<int>& delivered, int total) : m_delivered(delivered), m_total(total) {}
 
@@ -70,15 +72,6 @@ public:
         }
         return eHandled;
     }
-    eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
-    eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
-    eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
-    eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
-    eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
-    eRC handleEvent(const WindowEvent&) override { return eNotHandled; }
-    eRC handleEvent(const PaintEvent&) override { return eNotHandled; }
-    eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
-    eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
 
 private:
     std::atomic<int>& m_delivered;

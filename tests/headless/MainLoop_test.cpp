@@ -1,6 +1,8 @@
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
 
+#include "support/WakeSink.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -10,7 +12,7 @@
 namespace {
 
 // Counts the wakes it receives and stops the loop once it has seen `expected`.
-class CountingHandler final : public iEventHandler {
+class CountingHandler final : public WakeSink {
 public:
     explicit CountingHandler(std::uint64_t expected) : m_expected(expected) {}
 
@@ -20,15 +22,6 @@ public:
             OS()->windowing()->shutdownMessageLoop();
         return eHandled;
     }
-    eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
-    eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
-    eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
-    eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
-    eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
-    eRC handleEvent(const WindowEvent&) override { return eNotHandled; }
-    eRC handleEvent(const PaintEvent&) override { return eNotHandled; }
-    eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
-    eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
 
     std::uint64_t seen() const { return m_seen; }
 
