@@ -9,6 +9,8 @@
 #include "canvas/CanvasWalk.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
+#include "canvas/Wipe.h"
+#include "colour/CurrentColour.h"
 #include "events/EventQueue.h"
 #include "vector/Regions.h"
 
@@ -26,10 +28,11 @@ namespace {
 
 constexpr int kWidth = 240, kHeight = 160;
 
-// A canvas at window rectangle (left, top, width, height) whose buffer is one
-// colour; `shape` (in its own box, top-down) cuts it when given.
+// A canvas at window rectangle (left, top, width, height), cut by `shape` (in
+// its own box, top-down) when given, and cleared to one colour through the
+// drawing state. A lightweight one draws into its parent's buffer.
 Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::uint32_t argb,
-                RegionPtr shape = {})
+                RegionPtr shape = {}, bool lightweight = false)
 {
     Canvas* c = tela_newcanvas(nullptr, parent);
     c->matrix[0][2] = left;
@@ -37,8 +40,13 @@ Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::u
     c->inverseMatrix[0][2] = -left;
     c->inverseMatrix[1][2] = -(kHeight - top - height);
     c->shape(shape ? region_translate(shape, left, -top) : region_mkrect(TopDownRect{left, top, left + width, top + height}));
+    c->lightweight = lightweight ? 1 : 0;
     c->reshape({width, height});
-    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(argb);
+    tela_setcanvas(c);
+    // Packed colours hold red in the low byte.
+    tela_setcolour(static_cast<int>((argb >> 16 & 255) | (argb & 0xFF00) | (argb & 255) << 16));
+    tela_wipecanvas();
+    tela_setcanvas(nullptr);
     return c;
 }
 
@@ -86,6 +94,7 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
         Canvas* panel = painted(root, 10, 10, 120, 90, 0xFF3060C0);                     // opaque blue panel
         painted(panel, 20, 20, 40, 30, 0xFFF0F0F0);                                    // nested, light
         painted(panel, 70, 20, 40, 30, 0xFFE0A020);                                    // nested, amber
+        painted(panel, 30, 60, 80, 20, 0xFF60C0F0, {}, true);                          // lightweight, in the panel's buffer
         painted(root, 150, 10, 80, 60, 0xFF20A050, makeCurvedRegion({80, 60}, 15, eLargeCorners)); // rounded
         painted(root, 150, 80, 80, 70, 0xFFC03030, makeCurvedRegion({80, 70}, 9, eSmallCorners));  // two corners
         glass = painted(root, 90, 60, 90, 60, 0xFFFFFFFF);                             // translucent white
