@@ -8,7 +8,7 @@
 // root window, 13 size or state change, and mouseStateChangeType for every
 // mouse move or button change.
 
-#include "colour/NormalisedRGB.h"
+#include "core/NormalisedRGB.h"
 #include "core/Callback.h"
 #include "core/Guard.h"
 #include "core/Memory.h"

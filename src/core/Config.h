@@ -1,14 +1,9 @@
 #pragma once
 // Configuration: integer and real settings with defaults, read from
-// $XDG_CONFIG_HOME/<application name>/config.json (else $HOME/.config/...,
-// else ./<application name>); the application name comes from the file-system
-// service, "Tela" when it has none.
-//
-// - The file is read once, on the first lookup from any thread, under a lock.
-// - A missing file means every setting takes its default, silently.
-// - A file that is not a JSON object is reported once, treated as empty and
-//   renamed aside to config.json.corrupt (or .corrupt.1, .corrupt.2, ... when
-//   an earlier one is there): the user's text is never written over.
+// config.json in the settings directory (see SettingsFile.h for where that is
+// and what happens to a file that is not a JSON object). The file is read
+// once, on the first lookup from any thread, under a lock; the library never
+// writes it.
 
 #include <climits>
 #include <string_view>

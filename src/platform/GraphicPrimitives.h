@@ -11,7 +11,7 @@
 // - Copies are plain member copies; Qv::Ptr and string members are shared, not cloned.
 #pragma once
 
-#include "colour/NormalisedRGB.h"
+#include "core/NormalisedRGB.h"
 #include "core/LightweightString.h"
 #include "core/Memory.h"
 #include "core/Ptr.h"

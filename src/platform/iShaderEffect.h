@@ -8,7 +8,7 @@
 //   renderer never has to guess a parameter's type.
 #pragma once
 
-#include "colour/NormalisedRGB.h"
+#include "core/NormalisedRGB.h"
 #include "core/LightweightString.h"
 #include "core/Ptr.h"
 

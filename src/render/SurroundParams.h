@@ -1,7 +1,7 @@
 #pragma once
 // SurroundParams: the soft shadow band a canvas may carry outside its shape.
 
-#include "colour/NormalisedRGB.h"
+#include "core/NormalisedRGB.h"
 #include "platform/Geometry.h"
 
 #include <cstdint>
