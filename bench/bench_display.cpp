@@ -28,7 +28,7 @@ struct Scene {
     {
         iRootWindow::InitArgs args;
         args.size = {kWidth, kHeight};
-        root = tela_createRootCanvas(args, {});
+        root = tela_createRootCanvas(args);
         // A 10x5 grid of opaque canvases covering the window, as panels do.
         const int columns = 10, rows = 5;
         const int w = kWidth / columns, h = kHeight / rows;

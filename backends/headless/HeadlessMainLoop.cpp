@@ -29,24 +29,50 @@ void Headless::MainLoop::wake(RootWindow* window)
     m_woken.notify_one();
 }
 
-bool Headless::MainLoop::take_wake(RootWindow*& window)
+void Headless::MainLoop::schedulePaint(RootWindow* window)
+{
+    {
+        std::lock_guard lock(m_mutex);
+        const auto found = std::find_if(m_windows.begin(), m_windows.end(),
+            [window](const WindowWakes& entry) { return entry.window == window; });
+        if (found == m_windows.end())
+            return;
+        found->paint = true;
+    }
+    m_woken.notify_one();
+}
+
+bool Headless::MainLoop::take(Delivery& next)
 {
     for (std::size_t step = 0; step < m_windows.size(); ++step) {
         WindowWakes& entry = m_windows[(m_next_window + step) % m_windows.size()];
         if (entry.pending == 0)
             continue;
         --entry.pending;
-        window = entry.window;
+        next = Delivery { entry.window, false };
         m_next_window = (m_next_window + step + 1) % m_windows.size();
+        return true;
+    }
+    for (WindowWakes& entry : m_windows) {
+        if (!entry.paint)
+            continue;
+        entry.paint = false;
+        next = Delivery { entry.window, true };
         return true;
     }
     return false;
 }
 
-void Headless::MainLoop::deliver(RootWindow* window)
+void Headless::MainLoop::deliver(const Delivery& next)
 {
     // The window stays alive while its handler runs: only the main thread releases windows.
-    const Qv::Ptr<iEventHandler> handler = window->eventHandler();
+    const Qv::Ptr<iEventHandler> handler = next.window->eventHandler();
+    if (next.paint) {
+        const PaintEvent paint { next.window->takePaintRegion() };
+        if (handler)
+            handler->handleEvent(paint);
+        return;
+    }
     if (handler)
         handler->handleEvent(UserEvent {});
 }
@@ -54,16 +80,16 @@ void Headless::MainLoop::deliver(RootWindow* window)
 int Headless::MainLoop::run()
 {
     for (;;) {
-        RootWindow* window = nullptr;
+        Delivery next;
         {
             std::unique_lock lock(m_mutex);
-            m_woken.wait(lock, [&] { return m_stop_requested || take_wake(window); });
-            if (m_stop_requested && !window) {
+            m_woken.wait(lock, [&] { return m_stop_requested || take(next); });
+            if (m_stop_requested && !next.window) {
                 m_stop_requested = false;
                 return 0;
             }
         }
-        deliver(window);
+        deliver(next);
     }
 }
 
@@ -80,13 +106,13 @@ std::size_t Headless::MainLoop::runPending()
 {
     std::size_t delivered = 0;
     for (;;) {
-        RootWindow* window = nullptr;
+        Delivery next;
         {
             std::lock_guard lock(m_mutex);
-            if (!take_wake(window))
+            if (!take(next))
                 return delivered;
         }
-        deliver(window);
+        deliver(next);
         ++delivered;
     }
 }

@@ -5,6 +5,9 @@
 //   that window's iEventHandler on the thread running the loop, in posting order per
 //   window. Wakes are counted, not stored, so a million sends cost no memory here.
 // - A window that dies with wakes pending unregisters first; nothing is delivered to it.
+// - A paint asked for on a window (main thread) becomes one PaintEvent, however
+//   often it was asked for, delivered once no window has wakes pending: input
+//   and messages go first, as with a real window system.
 // - The loop's mutex is never held while a handler runs, so a handler may post wakes
 //   and postWake never waits on the main thread.
 #pragma once
@@ -24,23 +27,31 @@ public:
     void registerWindow(RootWindow* window);
     void unregisterWindow(RootWindow* window);
     void wake(RootWindow* window);          // any thread
+    void schedulePaint(RootWindow* window);
 
     // Runs until stop(); returns 0. Called on the main thread.
     int run();
     // Asks run() to return once the handler now running is done. Any thread.
     void stop();
-    // Delivers every wake pending now, without waiting; returns how many. For tests.
+    // Delivers every wake and paint pending now, without waiting; returns how
+    // many events that was. For tests.
     std::size_t runPending();
 
 private:
     struct WindowWakes {
         RootWindow* window;
         std::uint64_t pending;
+        bool paint = false;
+    };
+    struct Delivery {
+        RootWindow* window = nullptr;
+        bool paint = false;
     };
 
-    // Takes one pending wake; false when there is none. Called with m_mutex held.
-    bool take_wake(RootWindow*& window);
-    void deliver(RootWindow* window);
+    // Takes one pending wake, else one paint; false when there is neither.
+    // Called with m_mutex held.
+    bool take(Delivery& next);
+    void deliver(const Delivery& next);
 
     std::mutex m_mutex;
     std::condition_variable m_woken;

@@ -42,6 +42,8 @@ bool Headless::RootWindow::initWindow(const InitArgs& args)
     m_position = args.position;
     m_title_bar = args.titleBar;
     m_maximised = args.mode == 1;
+    if (args.eventHandler)
+        m_handler = args.eventHandler;
     setSize(args.size);
     m_initialised = true;
     return static_cast<bool>(m_pixels);
@@ -66,6 +68,7 @@ bool Headless::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std
 
 void Headless::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
 {
+    services().windowing()->mainLoop().schedulePaint(this);
     if (!region) {
         m_whole_invalid = true;
         return;
@@ -77,6 +80,13 @@ void Headless::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
     Qv::Ptr<iRegion> united;
     m_invalid->united(united, region);
     m_invalid = united;
+}
+
+Qv::Ptr<iRegion> Headless::RootWindow::takePaintRegion()
+{
+    Qv::Ptr<iRegion> region = m_whole_invalid ? nullptr : m_invalid;
+    takeInvalidRegion();
+    return region;
 }
 
 void Headless::RootWindow::setSize(const XY<int>& size)

@@ -1,7 +1,9 @@
 // HeadlessRootWindow: a root window that is a pixel buffer in memory.
 //
 // Tests set its size, position and focus directly, and read what the library asked of
-// it: wakes posted, regions invalidated, the title. postWake may come from any thread;
+// it: wakes posted, regions invalidated, the title. An invalidated region comes back
+// as a PaintEvent from the main loop. The window's pixels are its frame buffer on
+// both display locations. postWake may come from any thread;
 // everything else is the main thread's.
 #pragma once
 
@@ -62,6 +64,9 @@ public:
     const Qv::Ptr<iRegion>& invalidRegion() const { return m_invalid; }   // united since the last take
     bool wholeWindowInvalid() const { return m_whole_invalid; }
     void takeInvalidRegion() { m_invalid = nullptr; m_whole_invalid = false; }
+    // What a paint event carries: the region invalidated since the last paint,
+    // null for the whole window. Clears it.
+    Qv::Ptr<iRegion> takePaintRegion();
     const Qv::Ptr<HostImage>& pixels() const { return m_pixels; }
     // Writes what the window shows to a PNG file; false, with a message, on failure.
     // A window without pixels yet gets a host-memory frame of its size first.

@@ -76,7 +76,11 @@ bool Headless::Imaging::toHostImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iGPU
 
 bool Headless::Imaging::toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image)
 {
-    out = Qv::dynamicCast<iGPUImage>(image);
+    const Qv::Ptr<HostImage> host = Qv::dynamicCast<HostImage>(image);
+    if (host && host->location() == iImageBase::eGPU)
+        out = host;
+    else
+        out = host ? host->copy(iImageBase::eGPU) : nullptr;
     return static_cast<bool>(out);
 }
 

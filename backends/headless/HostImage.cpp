@@ -84,3 +84,11 @@ void Headless::HostImage::fill(std::uint32_t argb)
     for (std::size_t index = 0; index < count; ++index)
         std::memcpy(m_pixels + index * 4, &argb, 4);
 }
+
+Qv::Ptr<Headless::HostImage> Headless::HostImage::copy(iImageBase::eLocation location) const
+{
+    Qv::Ptr<HostImage> result = create(m_size, location);
+    if (result)
+        std::memcpy(result->m_pixels, m_pixels, static_cast<std::size_t>(stride()) * static_cast<std::size_t>(m_size.y));
+    return result;
+}

@@ -1,5 +1,6 @@
 // HostImage: 32-bit BGRA pixels (premultiplied alpha) in a block from the memory seam.
 // Rows are width * 4 bytes apart. A pixel guard keeps the image locked while it lives.
+// It is also this backend's composited-surface image: "the GPU" is host memory here.
 #pragma once
 
 #include "platform/iImage.h"
@@ -8,7 +9,7 @@
 
 namespace Headless {
 
-class HostImage final : public iHostImage {
+class HostImage final : public iHostImage, public iGPUImage {
 public:
     // location is what the image reports: a composited window's buffers say eGPU,
     // although in this backend every pixel lives in host memory.
@@ -27,6 +28,8 @@ public:
     bool isLocked() const { return m_lock_count.load() > 0; }
     std::uint32_t pixelAt(int x, int y) const;   // 0xAARRGGBB; 0 outside
     void fill(std::uint32_t argb);
+    // The same pixels in a new image that reports `location`; null when out of memory.
+    Qv::Ptr<HostImage> copy(iImageBase::eLocation location) const;
 
 private:
     HostImage(const XY<int>& size, iImageBase::eLocation location, std::uint8_t* pixels);

@@ -16,8 +16,10 @@
 
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
+#include "headless/HostImage.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -48,17 +50,61 @@ Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colo
     return c;
 }
 
+// The window's events: paint requests repaint the root; the rest waits for
+// the library's own window handler.
+class WindowEvents final : public iEventHandler {
+public:
+    RootCanvas* root = nullptr;
+
+    eRC handleEvent(const PaintEvent& event) override
+    {
+        if (root)
+            root->display(event.region);
+        return eHandled;
+    }
+    eRC handleEvent(const UserEvent&) override { return eNotHandled; }
+    eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
+    eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
+    eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
+    eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
+    eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
+    eRC handleEvent(const WindowEvent&) override { return eNotHandled; }
+    eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
+    eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
+};
+
+// A quiet backdrop: 24 x 24 tiles of diagonal stripes in two dark greys.
+class StripedWallpaper final : public iWallpaperProvider {
+public:
+    Qv::Ptr<iImage> getWallpaper(const XY<int>&) override
+    {
+        Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({24, 24});
+        if (!tile)
+            return nullptr;
+        for (int y = 0; y < 24; ++y)
+            for (int x = 0; x < 24; ++x) {
+                const std::uint32_t argb = (x + y) % 12 < 6 ? 0xFF2A2E34u : 0xFF30353Cu;
+                std::memcpy(tile->data() + y * tile->stride() + x * 4, &argb, 4);
+            }
+        return tile;
+    }
+};
+
 bool paint_scene(iImageBase::eLocation road, const std::string& path)
 {
     Headless::services().windowing()->setDefaultDisplayLocation(road);
+    const auto events = Qv::make<WindowEvents>();
     iRootWindow::InitArgs args;
     args.size = {kWidth, kHeight};
-    RootCanvas* root = tela_createRootCanvas(args, {});
+    args.wallpaper = Qv::make<StripedWallpaper>();
+    args.eventHandler = events;
+    RootCanvas* root = tela_createRootCanvas(args);
     if (!root)
         return false;
+    events->root = root;
     {
         Tela::UpdateDeferrer deferrer(nullptr, true);
-        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(40, 44, 52));
+        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(22, 24, 28));
         for (int i = 0; i < 6; ++i)
             panel(sidebar, 12, 16 + i * 44, 136, 32, i == 2 ? packed(70, 120, 220) : packed(60, 66, 78),
                   makeCurvedRegion({136, 32}, 15, eSmallCorners));
@@ -73,7 +119,9 @@ bool paint_scene(iImageBase::eLocation road, const std::string& path)
                                makeCurvedRegion({448, 92}, 15, eLargeCorners));
         tela_translatecanvas(status, 0, 0);
     }
-    root->display(nullptr); // the window's first paint event
+    // The window system asks for a first paint when the window appears.
+    root->window->invalidate(nullptr);
+    Headless::services().windowing()->mainLoop().runPending();
     auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     const bool written = window && window->snapshot(path.c_str());
     event_set_kbd_focus(nullptr);

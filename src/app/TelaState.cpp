@@ -2,8 +2,7 @@
 
 #include "canvas/Canvas.h"
 #include "core/NotifyMsgTypeDictionary.h"
-#include "platform/OS.h"
-#include "platform/iImagingService.h"
+#include "platform/FxResources.h"
 
 TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
 {
@@ -40,7 +39,7 @@ Qv::Ptr<iShaderEffect> tela_shader(int number)
         return nullptr;
     Qv::Ptr<iShaderEffect>& shader = tela_state().shaders[number];
     if (!shader)
-        shader = OS()->imaging()->findShader(String(kNames[number]));
+        shader = Qv::FxResources::Manager::instance().findShader(String(kNames[number]));
     return shader;
 }
 

@@ -18,6 +18,7 @@
 #include "platform/iEventHandler.h"
 #include "platform/iRootWindow.h"
 #include "platform/iShaderEffect.h"
+#include "platform/iWallpaperProvider.h"
 
 #include <cstdint>
 
@@ -25,11 +26,14 @@ class Canvas;
 
 // One row per root window; the first row's canvas is the library's root.
 struct RootWindowRec {
-    explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {})
-        : eventHandler(std::move(handler)), rootCanvas(root) {}
+    explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {},
+                           const NormalisedRGB& colour = NormalisedRGB())
+        : eventHandler(std::move(handler)), rootColour(colour), rootCanvas(root) {}
 
     Qv::Ptr<iEventHandler> eventHandler;
-    NormalisedRGB rootColour{0.83f, 0.83f, 0.83f}; // the background where no canvas covers it
+    Qv::Ptr<iWallpaperProvider> wallpaperProvider; // may be null
+    NormalisedRGB rootColour;                      // the background where no canvas covers it
+    Qv::Ptr<iImage> wallpaperImage;                // the provider's image at the window's size
     Canvas* rootCanvas = nullptr;
 };
 

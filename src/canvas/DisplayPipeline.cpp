@@ -144,7 +144,7 @@ void blit(Canvas* canvas, const RegionPtr& region)
     Canvas* root = canvas->getRootParent();
     const XY<int> origin(box.x1 + position.x, box.y1 + position.y);
     const Qv::Box<int> window_box{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()};
-    tela_fill_root_background(root, scratch_renderer, TopDownRect{0, 0, box.width(), box.height()});
+    tela_fill_root_background(root, scratch_renderer, TopDownRect{0, 0, box.width(), box.height()}, origin);
     for (Canvas* child = root->oldestChild; child && child != canvas; child = child->youngerSibling)
         compose_subtree(child, scratch_renderer, origin, window_box);
     // A canvas below full opacity blends whatever its buffer's alpha says.

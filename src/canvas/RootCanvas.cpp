@@ -5,8 +5,12 @@
 #include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
 #include "canvas/DisplayPipeline.h"
+#include "canvas/RootAppearance.h"
+#include "canvas/Tiling.h"
 #include "canvas/UpdateTracking.h"
+#include "core/TimedTask.h"
 #include "events/EventQueue.h"
+#include "platform/FxResources.h"
 #include "platform/GraphicPrimitives.h"
 #include "platform/OS.h"
 #include "platform/iWindowingService.h"
@@ -47,16 +51,18 @@ void RootCanvas::display(Qv::Ptr<iRegion> region)
         return;
     if (window->displayLocation() != iImageBase::eHostMemory) {
         // A whole frame, back to front; the region asked for is not consulted.
+        static Qv::TimedTask& task = Qv::TimedTaskManager::instance().task("RootCanvas::display");
+        Qv::TimedTask::Run run(task);
         issueNotification(RootCanvasEvent{0}, NotifyMsgTypeDictionary::instance().allTypesId);
-        static CriticalSection s_frame_lock; // one composited frame at a time
-        CriticalSection::Guard guard(s_frame_lock);
+        CriticalSection::Guard guard(Qv::FxResources::Manager::instance().frameLock());
         Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
         if (!window->getRenderer(renderer, 1) || !renderer)
             return;
         renderer->setClip(nullptr);
         drawBackground(renderer);
         displaySubtree(oldestChild, renderer);
-        renderer = nullptr; // presents the frame
+        run.stage("present");
+        renderer = nullptr; // ends the frame
         return;
     }
     Tela::UpdateDeferrer deferrer(nullptr, tela_refresh_presentation());
@@ -70,6 +76,8 @@ void RootCanvas::display(Qv::Ptr<iRegion> region)
 
 void RootCanvas::displayDirtyRegions(Canvas* canvas)
 {
+    static Qv::TimedTask& task = Qv::TimedTaskManager::instance().task("RootCanvas::displayDirtyRegions");
+    Qv::TimedTask::Run run(task);
     tela_display_dirty_regions(canvas ? canvas : this);
 }
 
@@ -92,12 +100,29 @@ void RootCanvas::displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRendere
     }
 }
 
+Qv::Ptr<iImage> RootCanvas::grabImage()
+{
+    if (!window || window->displayLocation() != iImageBase::eGPU)
+        return nullptr;
+    Qv::Ptr<iImage> image;
+    if (!window->createOffscreenImage(image, getDimensions()) || !image)
+        return nullptr;
+    CriticalSection::Guard guard(Qv::FxResources::Manager::instance().frameLock());
+    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+    if (image->getRenderer(renderer, 1) && renderer) {
+        drawBackground(renderer);
+        displaySubtree(oldestChild, renderer);
+    }
+    return image;
+}
+
 void RootCanvas::reshapeToWindow()
 {
     if (!window)
         return;
     const int old_height = shape() ? getHeight() : 0;
     shape(window_shape(window));
+    tela_refresh_wallpaper(this);
     const int delta = old_height ? getHeight() - old_height : 0;
     if (delta == 0)
         return;
@@ -113,31 +138,46 @@ void RootCanvas::reshapeToWindow()
 
 void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler)
 {
-    tela_state().rootWindows.push_back(RootWindowRec(root, handler));
+    tela_state().rootWindows.push_back(RootWindowRec(root, handler, tela_window_colour_preference()));
 }
 
-RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args, const Qv::Ptr<iEventHandler>& handler)
+RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
 {
     Qv::Ptr<iRootWindow> window;
     if (!OS()->windowing()->createRootWindow(window, args.mode) || !window)
         return nullptr;
+    // Initialised first, so that the root's shape is the size asked for.
     if (!window->initWindow(args))
         return nullptr;
     auto* root = new (std::nothrow) RootCanvas(window);
     if (!root)
         return nullptr;
-    tela_addRootWindow(root, handler);
+    tela_addRootWindow(root, args.eventHandler);
     root->interest |= 0x1001; // the root takes the timer ticks
     event_set_kbd_focus(root);
     tela_setcanvas(root);
+    tela_root_row(root)->wallpaperProvider = args.wallpaper;
+    tela_refresh_wallpaper(root);
+    // The rounded shapes are drawn by shaders on a composited window; finding
+    // them now keeps the first frame from stalling on it.
+    if (window->displayLocation() == iImageBase::eGPU) {
+        tela_shader(4);
+        tela_shader(5);
+    }
     return root;
 }
 
-void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const TopDownRect& area)
+void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const TopDownRect& area,
+                               const XY<int>& targetOrigin)
 {
     const RootWindowRec* row = tela_root_row(root);
     if (!renderer || !row)
         return;
+    if (row->wallpaperImage) {
+        tela_tile_image(row->wallpaperImage, *renderer, area,
+                        XY<int>{area.left + targetOrigin.x, area.top + targetOrigin.y});
+        return;
+    }
     const RectDescription fill(area, row->rootColour);
     renderer->drawRects(&fill, 1);
 }

@@ -25,6 +25,10 @@ public:
     virtual void displayDirtyRegions(Canvas* canvas);
     virtual void drawBackground(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
 
+    // The tree drawn into a new image as a composited frame would show it;
+    // null on the host road, whose canvases are read from the window instead.
+    Qv::Ptr<iImage> grabImage();
+
     // The native window changed size: new shape, and every canvas keeps its
     // distance from the top of the window.
     void reshapeToWindow();
@@ -34,12 +38,18 @@ private:
     void displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
 };
 
-// Appends the row of a root: its event sink and its background colour.
+// Appends the row of a root: its event sink, and the window colour the user
+// chose last.
 void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler);
 
 // Makes the window and its root canvas, which takes the keyboard focus and
-// becomes the current canvas. Null when the window cannot be made.
-RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args, const Qv::Ptr<iEventHandler>& handler);
+// becomes the current canvas; the window's events go to args.eventHandler.
+// Null when the window cannot be made.
+RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args);
 
-// Fills `area` (window coordinates) with the root's background.
-void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const TopDownRect& area);
+// Fills `area` of the renderer's target with the root's background: the
+// wallpaper tiled from the window's corner, or the window colour. The
+// target's top-left pixel shows the window at `targetOrigin`; (0, 0) for the
+// window itself.
+void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const TopDownRect& area,
+                               const XY<int>& targetOrigin = XY<int>(0, 0));

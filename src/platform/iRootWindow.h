@@ -9,6 +9,7 @@
 #include "platform/iGraphicPrimitivesRenderer.h"
 #include "platform/iImage.h"
 #include "platform/iRegion.h"
+#include "platform/iWallpaperProvider.h"
 
 #include <cstdint>
 
@@ -25,6 +26,8 @@ public:
         XY<int> position;
         XY<int> size { 800, 600 };
         bool titleBar = true;
+        Qv::Ptr<iWallpaperProvider> wallpaper;   // the root's backdrop; may be null
+        Qv::Ptr<iEventHandler> eventHandler;     // the sink of the window's events
     };
 
     virtual iImageBase::eLocation displayLocation() const = 0;

@@ -7,10 +7,13 @@
 #include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
+#include "canvas/RootAppearance.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
 #include "canvas/Wipe.h"
 #include "colour/CurrentColour.h"
+#include "colour/DefaultWindowColour.h"
+#include "core/Preferences.h"
 #include "events/EventQueue.h"
 #include "vector/Regions.h"
 
@@ -18,10 +21,12 @@
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
 #include "headless/PngFile.h"
+#include "support/PaintForwarder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -49,6 +54,27 @@ Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::u
     tela_setcanvas(nullptr);
     return c;
 }
+
+// A backdrop of 16 x 16 tiles, two greys checkered in 8 x 8 squares, so that
+// a tile placed off the window's grid shows as a seam. Counts its calls.
+class CheckerWallpaper final : public iWallpaperProvider {
+public:
+    int calls = 0;
+    XY<int> lastSize;
+
+    Qv::Ptr<iImage> getWallpaper(const XY<int>& size) override
+    {
+        ++calls;
+        lastSize = size;
+        Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({16, 16});
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 16; ++x) {
+                const std::uint32_t argb = ((x / 8 + y / 8) % 2) ? 0xFF505860u : 0xFF383C44u;
+                std::memcpy(tile->data() + y * tile->stride() + x * 4, &argb, 4);
+            }
+        return tile;
+    }
+};
 
 std::string reference(const char* name)
 {
@@ -80,11 +106,15 @@ class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
 TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows)
 {
     Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
+    const auto sink = Qv::make<PaintForwarder>();
     iRootWindow::InitArgs args;
     args.size = {kWidth, kHeight};
-    RootCanvas* root = tela_createRootCanvas(args, {});
+    args.wallpaper = Qv::make<CheckerWallpaper>();
+    args.eventHandler = sink;
+    RootCanvas* root = tela_createRootCanvas(args);
     Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
     ASSERT_NE(root, nullptr);
+    sink->root = root;
     auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     ASSERT_EQ(window->displayLocation(), GetParam());
     Canvas* glass = nullptr;
@@ -110,11 +140,10 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
     // Move one square and push the translucent one below the panel.
     tela_translatecanvas(moving, 30, 0); // 30 to the right
     canvas_push_to_bottom(glass);
-    if (GetParam() == iImageBase::eGPU) {
-        // The composited road only asked for a frame; this is the paint event.
-        EXPECT_TRUE(window->invalidRegion());
-        root->display(window->invalidRegion());
-    }
+    // The composited road only asked for a frame, and however many changes
+    // asked, one paint event draws it. The host road has drawn already.
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(sink->paints, GetParam() == iImageBase::eGPU ? 1 : 0);
 
     const std::string actual =
         ::testing::TempDir() + (GetParam() == iImageBase::eGPU ? "composited_road.png" : "host_road.png");
@@ -129,6 +158,16 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
     // one step per channel.
     EXPECT_EQ(differing_pixels(*shown, *expected, 1), 0) << "see " << actual;
 
+    // A grab draws the frame again into an image of its own; the host road
+    // has no frame to draw.
+    const Qv::Ptr<iImage> grabbed = root->grabImage();
+    if (GetParam() == iImageBase::eGPU) {
+        ASSERT_TRUE(grabbed);
+        EXPECT_EQ(differing_pixels(*Qv::dynamicCast<Headless::HostImage>(grabbed), *window->pixels(), 0), 0);
+    } else {
+        EXPECT_FALSE(grabbed);
+    }
+
     tela_state().rootWindows.clear();
     event_set_kbd_focus(nullptr);
     tela_setcanvas(nullptr);
@@ -140,9 +179,11 @@ INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::
 
 TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
 {
+    const auto wallpaper = Qv::make<CheckerWallpaper>();
     iRootWindow::InitArgs args;
     args.size = {200, 100};
-    RootCanvas* root = tela_createRootCanvas(args, {});
+    args.wallpaper = wallpaper;
+    RootCanvas* root = tela_createRootCanvas(args);
     ASSERT_NE(root, nullptr);
     Canvas* child = painted(root, 10, 10, 20, 20, 0xFF000000);
     Canvas* grandchild = painted(child, 12, 12, 5, 5, 0xFF000000);
@@ -160,8 +201,52 @@ TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
     Qv::Box<int> shape_after;
     child->shape()->getBox(shape_after);
     EXPECT_EQ(shape_after, shape_before); // shapes stay where they are in the window
+    // The backdrop is asked for again at the new size.
+    EXPECT_EQ(wallpaper->calls, 2);
+    EXPECT_EQ(wallpaper->lastSize, (XY<int>{200, 130}));
 
     event_set_kbd_focus(nullptr);
     tela_setcanvas(nullptr);
     tela_deletecanvas(root);
+}
+
+TEST(RootCanvas, the_window_colour_is_the_users_choice_from_run_to_run)
+{
+    iRootWindow::InitArgs args;
+    args.size = {40, 30};
+    RootCanvas* first = tela_createRootCanvas(args);
+    ASSERT_NE(first, nullptr);
+    const NormalisedRGB chosen(0.2f, 0.4f, 0.6f);
+    tela_setRootColour(first, chosen);
+    EXPECT_EQ(tela_rootColour(first).g, chosen.g);
+    EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
+
+    // A canvas with no root reads as black and changes nothing.
+    Canvas* stray = tela_newcanvas(nullptr, nullptr);
+    EXPECT_EQ(tela_rootColour(stray).r, 0.0f);
+    tela_setRootColour(stray, NormalisedRGB(1, 1, 1));
+    EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
+    tela_deletecanvas(stray);
+
+    // The next root, as in the next run, starts with it and paints with it.
+    const auto sink = Qv::make<PaintForwarder>();
+    args.eventHandler = sink;
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eGPU);
+    RootCanvas* second = tela_createRootCanvas(args);
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    ASSERT_NE(second, nullptr);
+    sink->root = second;
+    second->window->invalidate(nullptr);
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(second->window)->pixels()->pixelAt(5, 5), 0xFF336699u);
+
+    // A value that is not a colour falls back on the default, with no fuss.
+    prefs().setPreference("UI : Window colour", String("teal"));
+    EXPECT_EQ(tela_window_colour_preference().r, Tela::defaultWindowColour().r);
+
+    tela_state().rootWindows.clear();
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(second);
+    tela_deletecanvas(first);
 }

@@ -48,7 +48,7 @@ protected:
         root = tela_newcanvas(nullptr, nullptr);
         root->window = window;
         root->shape(rect(0, 0, 200, 100));
-        tela_state().rootWindows.push_back(RootWindowRec(root));
+        tela_state().rootWindows.push_back(RootWindowRec(root, {}, NormalisedRGB(0.83f, 0.83f, 0.83f)));
     }
     void TearDown() override
     {
