@@ -1,7 +1,12 @@
-// What one canvas hands the renderer in a composited frame.
+// What one canvas, and the root's background, hand the renderer in a composited frame.
 
+#include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasTree.h"
+#include "canvas/RootCanvas.h"
+#include "canvas/Tiling.h"
+#include "events/EventQueue.h"
 #include "platform/OS.h"
 #include "platform/iWindowingService.h"
 #include "vector/Regions.h"
@@ -83,4 +88,60 @@ TEST(CanvasDisplay, nothing_without_a_shape_or_a_buffer)
     scene.canvas->shape(region_mkrect(TopDownRect{0, 0, 10, 10}));
     scene.canvas->display(scene.renderer);
     EXPECT_EQ(scene.recorder->callCount(), 0u);
+}
+
+TEST(RootBackground, tiles_line_up_with_the_window_and_stay_inside_the_area)
+{
+    RecordingRenderer recorder;
+    Qv::Ptr<iImage> tile;
+    Scene().window->createOffscreenImage(tile, {16, 16});
+    // The area of a damaged box at (5, 3), tiled as the window's background.
+    const TopDownRect area{5, 3, 40, 20};
+    tela_tile_image(tile, recorder, area, XY<int>{area.left, area.top});
+    ASSERT_EQ(recorder.callCount(), 6u); // columns at 0, 16, 32; rows at 0, 16
+    const auto& first = recorder.primitive<ImageDescription>(0);
+    EXPECT_EQ(first.destRect, (TopDownRect{5, 3, 16, 16}));
+    EXPECT_EQ(first.sourceRect, (TopDownRect{5, 3, 16, 16}));
+    const auto& last = recorder.primitive<ImageDescription>(5);
+    EXPECT_EQ(last.destRect, (TopDownRect{32, 16, 40, 20}));
+    EXPECT_EQ(last.sourceRect, (TopDownRect{0, 0, 8, 4}));
+    int covered = 0;
+    for (std::size_t call = 0; call < recorder.callCount(); ++call) {
+        const TopDownRect dest = recorder.primitive<ImageDescription>(call).destRect;
+        EXPECT_FALSE(recorder.primitive<ImageDescription>(call).blend);
+        covered += dest.width() * dest.height();
+    }
+    EXPECT_EQ(covered, area.width() * area.height()); // no overlap, no gap, nothing outside
+
+    // A phase of whole tiles starts a whole tile at the corner.
+    recorder.clear();
+    tela_tile_image(tile, recorder, TopDownRect{0, 0, 16, 16}, XY<int>{32, -16});
+    ASSERT_EQ(recorder.callCount(), 1u);
+    EXPECT_EQ(recorder.primitive<ImageDescription>(0).sourceRect, (TopDownRect{0, 0, 16, 16}));
+}
+
+TEST(RootBackground, a_bottom_child_over_the_whole_window_leaves_nothing_to_fill)
+{
+    iRootWindow::InitArgs args;
+    args.size = {100, 80};
+    RootCanvas* root = tela_createRootCanvas(args);
+    ASSERT_NE(root, nullptr);
+    Canvas* cover = tela_newcanvas(nullptr, root);
+    auto recorder = Qv::make<RecordingRenderer>();
+    Qv::Ptr<iGraphicPrimitivesRenderer> renderer = recorder;
+
+    cover->shape(region_mkrect(TopDownRect{0, 0, 100, 79}));
+    root->drawBackground(renderer);
+    ASSERT_EQ(recorder->operations(), "drawRects");
+    EXPECT_EQ(recorder->primitive<RectDescription>(0).rect, (TopDownRect{0, 0, 100, 80}));
+
+    recorder->clear();
+    cover->shape(region_mkrect(TopDownRect{0, 0, 100, 80}));
+    root->drawBackground(renderer);
+    EXPECT_EQ(recorder->callCount(), 0u);
+
+    tela_state().rootWindows.clear();
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
 }
