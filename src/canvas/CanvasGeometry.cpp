@@ -4,6 +4,7 @@
 #include "canvas/CanvasWalk.h"
 #include "canvas/Coordinates.h"
 #include "canvas/Mapping.h"
+#include "canvas/PixelCopy.h"
 #include "canvas/UpdateTracking.h"
 #include "vector/GraphicsState.h"
 #include "vector/Matrix.h"
@@ -181,9 +182,14 @@ void tela_setlightweight(Canvas* canvas, int lightweight)
 {
     if (!canvas || canvas->lightweight == lightweight)
         return;
-    // The pixels already drawn in the canvas's own buffer are not carried
-    // over to the parent's: the application repaints a canvas it turns
-    // lightweight.
+    if (lightweight) {
+        // What the canvas shows moves into the buffer it will draw into from
+        // now on, so nothing flickers before the application repaints it.
+        const RegionPtr visible = tela_clip_through_lightweight_chain(canvas->shape(), canvas->parent);
+        if (visible)
+            canvas_pixcopy_region(canvas, canvdraw_canvas(canvas->parent), visible, 0, 0);
+    }
+    // The canvas's own buffer stays: turning back is cheap.
     canvas->lightweight = lightweight;
 }
 

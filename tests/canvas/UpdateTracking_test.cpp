@@ -6,6 +6,7 @@
 #include "canvas/DisplayPipeline.h"
 #include "canvas/Mapping.h"
 #include "canvas/Picking.h"
+#include "canvas/PixelCopy.h"
 #include "canvas/UpdateTracking.h"
 #include "canvas/Wipe.h"
 #include "colour/CurrentColour.h"
@@ -346,4 +347,29 @@ TEST_F(WindowFixture, wiping_fills_the_current_canvas_with_the_current_colour_an
     tela_setcanvas(nullptr);
     tela_wipecanvas(); // no current canvas: nothing happens
     tela_setcolour(0);
+}
+
+TEST_F(WindowFixture, turning_lightweight_hands_the_pixels_to_the_parents_buffer)
+{
+    Canvas* parent = child(root, 10, 10, 110, 90, kBlue);
+    Canvas* inner = child(parent, 30, 20, 60, 50, kRed);
+    auto parent_pixels = [&](int x, int y) {
+        return Qv::dynamicCast<Headless::HostImage>(parent->offscreenBuffer)->pixelAt(x - 10, y - 10);
+    };
+    tela_setlightweight(inner, 1);
+    EXPECT_EQ(inner->lightweight, 1);
+    EXPECT_EQ(parent_pixels(30, 20), kRed);
+    EXPECT_EQ(parent_pixels(59, 49), kRed);
+    EXPECT_EQ(parent_pixels(60, 50), kBlue);
+    EXPECT_EQ(parent_pixels(29, 19), kBlue);
+    EXPECT_TRUE(inner->offscreenBuffer); // kept for turning back
+
+    // A copy whose region hangs over the source's left and top edges lands as
+    // far further in, and only what lies in both shapes moves.
+    Canvas* source = child(root, 120, 10, 140, 30, kGreen);
+    canvas_pixcopy_region(source, parent, rect(115, 5, 125, 15), -100, 0);
+    EXPECT_EQ(parent_pixels(20, 10), kGreen);   // source pixel (120, 10), moved 100 left
+    EXPECT_EQ(parent_pixels(24, 14), kGreen);
+    EXPECT_EQ(parent_pixels(19, 10), kBlue);    // over the edge: nothing to copy
+    EXPECT_EQ(parent_pixels(25, 15), kBlue);
 }
