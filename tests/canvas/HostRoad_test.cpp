@@ -28,6 +28,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -249,4 +250,38 @@ TEST(RootCanvas, the_window_colour_is_the_users_choice_from_run_to_run)
     tela_setcanvas(nullptr);
     tela_deletecanvas(second);
     tela_deletecanvas(first);
+}
+
+TEST(RootCanvas, a_new_wallpaper_takes_effect_only_while_changes_are_enabled)
+{
+    iRootWindow::InitArgs args;
+    args.size = {64, 48};
+    RootCanvas* root = tela_createRootCanvas(args);
+    ASSERT_NE(root, nullptr);
+    std::vector<std::string> heard;
+    auto guard = Tela::addListener(Qv::makeCallback<int, NotifyMsg>([&](const NotifyMsg& message) {
+        heard.push_back(message.text().c_str());
+        return 0;
+    }), 11);
+    const auto wallpaper = Qv::make<CheckerWallpaper>();
+
+    tela_setRootTextureChangeEnabled(false);
+    tela_setRootTexture(root, wallpaper, true);
+    EXPECT_EQ(wallpaper->calls, 0);
+    EXPECT_FALSE(tela_rootTexture(root));
+
+    tela_setRootTextureChangeEnabled(true);
+    tela_setRootTexture(root, wallpaper, true);
+    EXPECT_EQ(wallpaper->lastSize, (XY<int>{64, 48}));
+    ASSERT_TRUE(tela_rootTexture(root));
+    EXPECT_EQ(heard, std::vector<std::string>{"tela_setRootTexture"});
+    // The whole window repainted, from the new backdrop.
+    EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(root->window)->pixels()->pixelAt(0, 0), 0xFF383C44u);
+    EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(root->window)->pixels()->pixelAt(8, 0), 0xFF505860u);
+
+    tela_setRootTextureChangeEnabled(false);
+    tela_state().rootWindows.clear();
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
 }
