@@ -373,3 +373,40 @@ TEST_F(WindowFixture, turning_lightweight_hands_the_pixels_to_the_parents_buffer
     EXPECT_EQ(parent_pixels(19, 10), kBlue);    // over the edge: nothing to copy
     EXPECT_EQ(parent_pixels(25, 15), kBlue);
 }
+
+namespace {
+
+// A client that paints itself straight onto the window, and counts it.
+class UnbufferedClient final : public CanvasClient {
+public:
+    EventHandler::eResult handleEvent(const Event&) override { return eNotHandled; }
+    void drawUnbuffered(Qv::Ptr<iRegion> area) override { areas.push_back(area); }
+    std::vector<Qv::Ptr<iRegion>> areas;
+};
+
+} // namespace
+
+TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_through)
+{
+    UnbufferedClient client;
+    Canvas* c = tela_newcanvas(&client, root);
+    c->shape(rect(10, 10, 40, 40));
+    c->reshape({30, 30});
+    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(kRed);
+    c->setDrawMethod(Canvas::eUnbuffered);
+    clear();
+    canvupd_mark_all(c);
+    ASSERT_EQ(client.areas.size(), 1u);
+    Qv::Box<int> box;
+    client.areas[0]->getBox(box);
+    EXPECT_EQ(box, (Qv::Box<int>{10, 10, 40, 40}));
+    EXPECT_EQ(shown(20, 20), 0u); // the buffer is not blitted
+
+    // Translucent: composed from its buffer over what lies beneath; the
+    // client is not asked.
+    c->setOpacity(0.5);
+    canvupd_mark_all(c);
+    EXPECT_EQ(client.areas.size(), 1u);
+    EXPECT_NE(shown(20, 20), 0u);
+    tela_deletecanvas(c);
+}
