@@ -1,7 +1,8 @@
-// The gallery: what Tela can show so far, painted on the headless platform
-// and written out as screenshots, one per display road.
+// The gallery: what Tela can show so far. With a display it opens a window
+// (close it to end); without one, or with TELA_BACKEND=headless, it paints
+// on the headless platform and writes screenshots, one per display road.
 //
-// Usage: gallery [directory]   (default: the current directory)
+// Usage: gallery [directory for screenshots]   (default: the current directory)
 
 #include "canvas/Canvas.h"
 #include "canvas/CanvasGeometry.h"
@@ -17,6 +18,9 @@
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
+#include "platform/OS.h"
+#include "platform/iWindowingService.h"
+#include "sdl/SdlServices.h"
 
 #include <cstdio>
 #include <cstring>
@@ -50,8 +54,8 @@ Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colo
     return c;
 }
 
-// The window's events: paint requests repaint the root; the rest waits for
-// the library's own window handler.
+// The window's events: paint requests repaint the root, a new size reshapes
+// it, closing ends the loop; the rest waits for the library's own handler.
 class WindowEvents final : public iEventHandler {
 public:
     RootCanvas* root = nullptr;
@@ -62,13 +66,20 @@ public:
             root->display(event.region);
         return eHandled;
     }
+    eRC handleEvent(const WindowEvent& event) override
+    {
+        if (event.type == WindowEvent::eResized && root)
+            root->reshapeToWindow();
+        if (event.type == WindowEvent::eCloseRequest)
+            OS()->windowing()->shutdownMessageLoop();
+        return eHandled;
+    }
     eRC handleEvent(const UserEvent&) override { return eNotHandled; }
     eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
     eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
     eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
     eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
     eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
-    eRC handleEvent(const WindowEvent&) override { return eNotHandled; }
     eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
     eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
 };
@@ -90,17 +101,17 @@ public:
     }
 };
 
-bool paint_scene(iImageBase::eLocation road, const std::string& path)
+RootCanvas* open_window()
 {
-    Headless::services().windowing()->setDefaultDisplayLocation(road);
     const auto events = Qv::make<WindowEvents>();
     iRootWindow::InitArgs args;
     args.size = {kWidth, kHeight};
     args.wallpaper = Qv::make<StripedWallpaper>();
     args.eventHandler = events;
+    args.title = WString(u"Tela gallery");
     RootCanvas* root = tela_createRootCanvas(args);
     if (!root)
-        return false;
+        return nullptr;
     events->root = root;
     {
         Tela::UpdateDeferrer deferrer(nullptr, true);
@@ -119,21 +130,50 @@ bool paint_scene(iImageBase::eLocation road, const std::string& path)
                                makeCurvedRegion({448, 92}, 15, eLargeCorners));
         tela_translatecanvas(status, 0, 0);
     }
+    tela_setcanvas(nullptr);
+    return root;
+}
+
+void close_window(RootCanvas* root)
+{
+    event_set_kbd_focus(nullptr);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(root);
+}
+
+bool paint_scene(iImageBase::eLocation road, const std::string& path)
+{
+    Headless::services().windowing()->setDefaultDisplayLocation(road);
+    RootCanvas* root = open_window();
+    if (!root)
+        return false;
     // The window system asks for a first paint when the window appears.
     root->window->invalidate(nullptr);
     Headless::services().windowing()->mainLoop().runPending();
     auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     const bool written = window && window->snapshot(path.c_str());
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
-    tela_deletecanvas(root);
+    close_window(root);
     return written;
+}
+
+// Shows the gallery until its window is closed.
+int show_on_screen()
+{
+    RootCanvas* root = open_window();
+    if (!root)
+        return 1;
+    std::printf("showing the gallery; close its window to end\n");
+    const int result = OS()->windowing()->runMessageLoop();
+    close_window(root);
+    return result;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    if (Sdl::wanted() && Sdl::install())
+        return show_on_screen();
     const std::string directory = argc > 1 ? argv[1] : ".";
     int failures = 0;
     for (auto [road, name] : {std::pair{iImageBase::eHostMemory, "gallery-host.png"},

@@ -22,6 +22,12 @@ iOSServices* OS()
 
 bool Tela::installOSServices(iOSServices* services)
 {
+    if (!services)
+        return false;
     iOSServices* expected = nullptr;
-    return services && installed_services.compare_exchange_strong(expected, services, std::memory_order_acq_rel);
+    if (installed_services.compare_exchange_strong(expected, services, std::memory_order_acq_rel))
+        return true;
+    // Only the embedded fallback gives way.
+    return expected == tela_defaultOSServices() &&
+           installed_services.compare_exchange_strong(expected, services, std::memory_order_acq_rel);
 }

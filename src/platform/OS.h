@@ -3,7 +3,10 @@
 //
 // A backend installs its services once, before Tela::Application is constructed.
 // When none has been installed, the first call of OS() installs the embedded
-// headless backend, so that tests and tools need no set-up.
+// headless backend, so that tests and tools need no set-up. The library's own
+// load-time registrations already call OS(), so a backend may take the
+// embedded one's place, provided it shares the embedded heap and no window
+// exists yet.
 #pragma once
 
 class iMemoryService;
@@ -41,6 +44,6 @@ iOSServices* OS();
 
 namespace Tela {
 // Installs the services of a backend; the object must outlive every use of OS().
-// Returns false (and changes nothing) when services are already installed.
+// Returns false (and changes nothing) when another backend is already installed.
 bool installOSServices(iOSServices* services);
 } // namespace Tela

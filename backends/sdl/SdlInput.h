@@ -1,0 +1,22 @@
+// Translation of SDL's input events into the platform's records.
+#pragma once
+
+#include "platform/OSEvents.h"
+
+#include <SDL.h>
+
+namespace Sdl {
+
+// The library's modifier bits (0x1000000 shift, 0x2000000 control,
+// 0x4000000 alt, 0x100000 meta) for SDL's.
+std::uint32_t modifierBits(std::uint16_t sdlModifiers);
+
+// Mouse motion, buttons, wheel, and the pointer leaving the window; false for
+// any other event.
+bool toMouseEvent(const SDL_Event& event, MouseEvent& out);
+
+// Key presses and releases. Printable keys arrive as their character (SDL's
+// key codes are the characters for those), the others as SDL's key code.
+bool toKeyEvent(const SDL_Event& event, KeyEvent& out);
+
+} // namespace Sdl

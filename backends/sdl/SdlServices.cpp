@@ -1,0 +1,259 @@
+#include "sdl/SdlServices.h"
+
+#include "core/Log.h"
+#include "headless/PixmanRegion.h"
+#include "sdl/SdlInput.h"
+#include "sdl/SdlRootWindow.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+Sdl::EventTypes registered_types;
+
+void deliver_window_event(Sdl::RootWindow& window, const SDL_WindowEvent& change)
+{
+    const Qv::Ptr<iEventHandler> handler = window.eventHandler();
+    WindowEvent event;
+    switch (change.event) {
+    case SDL_WINDOWEVENT_SIZE_CHANGED:
+        window.resized({change.data1, change.data2});
+        event.type = WindowEvent::eResized;
+        event.size = XY<int> { change.data1, change.data2 };
+        break;
+    case SDL_WINDOWEVENT_MOVED:
+        event.type = WindowEvent::eMoved;
+        event.position = XY<int> { change.data1, change.data2 };
+        break;
+    case SDL_WINDOWEVENT_FOCUS_GAINED: event.type = WindowEvent::eFocusGained; break;
+    case SDL_WINDOWEVENT_FOCUS_LOST: event.type = WindowEvent::eFocusLost; break;
+    case SDL_WINDOWEVENT_MINIMIZED: event.type = WindowEvent::eMinimised; break;
+    case SDL_WINDOWEVENT_RESTORED: event.type = WindowEvent::eRestored; break;
+    case SDL_WINDOWEVENT_CLOSE: event.type = WindowEvent::eCloseRequest; break;
+    case SDL_WINDOWEVENT_EXPOSED:
+        // The screen lost what the window showed: all of it is to be painted.
+        window.invalidate(nullptr);
+        return;
+    default:
+        return;
+    }
+    if (handler)
+        handler->handleEvent(event);
+    if (change.event == SDL_WINDOWEVENT_SIZE_CHANGED)
+        window.invalidate(nullptr);
+}
+
+} // namespace
+
+bool Sdl::wanted()
+{
+    const char* choice = std::getenv("TELA_BACKEND");
+    if (choice && *choice)
+        return std::strcmp(choice, "sdl") == 0;
+    const char* x11 = std::getenv("DISPLAY");
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    return (x11 && *x11) || (wayland && *wayland);
+}
+
+bool Sdl::install()
+{
+    if (SDL_WasInit(SDL_INIT_VIDEO))
+        return OS() == &services();
+    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER | SDL_INIT_EVENTS) != 0) {
+        murl_printf("SDL cannot start: %s\n", SDL_GetError());
+        return false;
+    }
+    const std::uint32_t first = SDL_RegisterEvents(3);
+    if (first == static_cast<std::uint32_t>(-1)) {
+        murl_printf("SDL has no room for the platform's events\n");
+        SDL_Quit();
+        return false;
+    }
+    registered_types = EventTypes { first, first + 1, first + 2 };
+    if (!Tela::installOSServices(&services())) {
+        murl_printf("SDL platform not installed: another platform is in use\n");
+        SDL_Quit();
+        return false;
+    }
+    return true;
+}
+
+const Sdl::EventTypes& Sdl::eventTypes()
+{
+    return registered_types;
+}
+
+Sdl::Services& Sdl::services()
+{
+    // Never destroyed: windows released during static destruction still
+    // unregister here.
+    alignas(Services) static unsigned char storage[sizeof(Services)];
+    static Services* const instance = new (storage) Services;
+    return *instance;
+}
+
+bool Sdl::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode)
+{
+    out = Qv::make<RootWindow>(mode, static_cast<iImageBase::eLocation>(m_default_location));
+    return true;
+}
+
+bool Sdl::Windowing::createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>&)
+{
+    out = nullptr; // child windows come with the video surface
+    return false;
+}
+
+bool Sdl::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count)
+{
+    Headless::PixmanRegion::create(out, rects, count);
+    return true;
+}
+
+void Sdl::Windowing::enumerateFonts(Qv::Set<WString>& names)
+{
+    Headless::services().windowing()->enumerateFonts(names);
+}
+
+bool Sdl::Windowing::isKeyDown(std::uint32_t modifierMask)
+{
+    return (modifierBits(static_cast<std::uint16_t>(SDL_GetModState())) & modifierMask) != 0;
+}
+
+void Sdl::Windowing::registerWindow(RootWindow* window)
+{
+    m_windows.push_back(window);
+}
+
+void Sdl::Windowing::unregisterWindow(RootWindow* window)
+{
+    std::erase(m_windows, window);
+}
+
+Sdl::RootWindow* Sdl::Windowing::find(std::uint32_t windowId) const
+{
+    const auto found = std::find_if(m_windows.begin(), m_windows.end(),
+                                    [windowId](const RootWindow* window) { return window->windowId() == windowId; });
+    return found == m_windows.end() ? nullptr : *found;
+}
+
+void Sdl::Windowing::dispatch(const SDL_Event& event)
+{
+    if (event.type == SDL_QUIT) {
+        m_quit = true;
+        return;
+    }
+    // Every other event concerns one window; SDL's window events, input
+    // and this platform's own all name it in the same place.
+    std::uint32_t window_id = 0;
+    if (event.type == SDL_WINDOWEVENT)
+        window_id = event.window.windowID;
+    else if (event.type == SDL_KEYDOWN || event.type == SDL_KEYUP)
+        window_id = event.key.windowID;
+    else if (event.type == SDL_MOUSEMOTION)
+        window_id = event.motion.windowID;
+    else if (event.type == SDL_MOUSEBUTTONDOWN || event.type == SDL_MOUSEBUTTONUP)
+        window_id = event.button.windowID;
+    else if (event.type == SDL_MOUSEWHEEL)
+        window_id = event.wheel.windowID;
+    else if (event.type >= SDL_USEREVENT)
+        window_id = event.user.windowID;
+    RootWindow* window = find(window_id);
+    if (!window)
+        return;
+    // Held for the call: a handler may release the library's last reference.
+    const Qv::Ptr<RootWindow> keep(window);
+    const Qv::Ptr<iEventHandler> handler = window->eventHandler();
+
+    const EventTypes& types = eventTypes();
+    if (event.type == types.wake) {
+        for (std::uint64_t wakes = window->takeWakes(); wakes > 0 && handler; --wakes)
+            handler->handleEvent(UserEvent {});
+        return;
+    }
+    if (event.type == types.paint) {
+        const PaintEvent paint { window->takePaintRegion() };
+        if (handler)
+            handler->handleEvent(paint);
+        return;
+    }
+    if (event.type == types.tick) {
+        if (handler)
+            handler->handleEvent(TimerEvent { event.common.timestamp });
+        return;
+    }
+    MouseEvent mouse;
+    if (toMouseEvent(event, mouse)) {
+        if (handler)
+            handler->handleEvent(mouse);
+        return;
+    }
+    KeyEvent key;
+    if (toKeyEvent(event, key)) {
+        if (handler)
+            handler->handleEvent(key);
+        return;
+    }
+    if (event.type == SDL_WINDOWEVENT)
+        deliver_window_event(*window, event.window);
+}
+
+void Sdl::Windowing::presentAll()
+{
+    for (RootWindow* window : m_windows)
+        window->present();
+}
+
+std::size_t Sdl::Windowing::pumpPending()
+{
+    std::size_t handled = 0;
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) {
+        dispatch(event);
+        ++handled;
+    }
+    presentAll();
+    return handled;
+}
+
+int Sdl::Windowing::runMessageLoop()
+{
+    m_quit = false;
+    SDL_Event event;
+    while (!m_quit && SDL_WaitEvent(&event)) {
+        dispatch(event);
+        // Everything already queued goes before the frame is shown.
+        while (!m_quit && SDL_PollEvent(&event))
+            dispatch(event);
+        presentAll();
+    }
+    return 0;
+}
+
+void Sdl::Windowing::shutdownMessageLoop()
+{
+    SDL_Event quit {};
+    quit.type = SDL_QUIT;
+    SDL_PushEvent(&quit);
+}
+
+void Sdl::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
+{
+    monitors.clear();
+    const int count = SDL_GetNumVideoDisplays();
+    for (int display = 0; display < count; ++display) {
+        SDL_Rect bounds {}, usable {};
+        if (SDL_GetDisplayBounds(display, &bounds) != 0)
+            continue;
+        if (SDL_GetDisplayUsableBounds(display, &usable) != 0)
+            usable = bounds;
+        MonitorInfo info;
+        info.area = Qv::Rectangle<int> { bounds.x, bounds.y, bounds.x + bounds.w, bounds.y + bounds.h };
+        info.workArea = Qv::Rectangle<int> { usable.x, usable.y, usable.x + usable.w, usable.y + usable.h };
+        info.primary = display == 0;
+        monitors.push_back(info);
+    }
+}

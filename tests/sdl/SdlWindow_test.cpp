@@ -1,0 +1,187 @@
+// The SDL platform under a virtual X display: what the library draws reaches
+// the screen, and SDL's events reach the window's handler.
+
+#include "app/TelaState.h"
+#include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
+#include "canvas/RootAppearance.h"
+#include "canvas/RootCanvas.h"
+#include "canvas/UpdateTracking.h"
+#include "events/EventQueue.h"
+#include "vector/Regions.h"
+
+#include "headless/HostImage.h"
+#include "sdl/SdlRootWindow.h"
+#include "sdl/SdlServices.h"
+#include "support/WakeSink.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Counts what arrives and repaints the root on paint events.
+class RecordingSink final : public WakeSink {
+public:
+    RootCanvas* root = nullptr;
+    std::atomic<int> wakes { 0 };
+    int paints = 0;
+    std::vector<MouseEvent> mice;
+    std::vector<KeyEvent> keys;
+    std::vector<WindowEvent> changes;
+
+    eRC handleEvent(const UserEvent&) override { ++wakes; return eHandled; }
+    eRC handleEvent(const PaintEvent& event) override
+    {
+        ++paints;
+        if (root)
+            root->display(event.region);
+        return eHandled;
+    }
+    eRC handleEvent(const MouseEvent& event) override { mice.push_back(event); return eHandled; }
+    eRC handleEvent(const KeyEvent& event) override { keys.push_back(event); return eHandled; }
+    eRC handleEvent(const WindowEvent& event) override { changes.push_back(event); return eHandled; }
+    using WakeSink::handleEvent;
+};
+
+class SdlWindow : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(Sdl::install()) << "no display for SDL"; }
+
+    void SetUp() override
+    {
+        sink = Qv::make<RecordingSink>();
+        iRootWindow::InitArgs args;
+        args.size = {160, 120};
+        args.title = WString(u"Tela test");
+        args.eventHandler = sink;
+        root = tela_createRootCanvas(args);
+        ASSERT_NE(root, nullptr);
+        sink->root = root;
+        window = Qv::dynamicCast<Sdl::RootWindow>(root->window);
+        ASSERT_TRUE(window);
+    }
+    void TearDown() override
+    {
+        sink->root = nullptr;
+        window = nullptr;
+        tela_state().rootWindows.clear();
+        event_set_kbd_focus(nullptr);
+        tela_setcanvas(nullptr);
+        tela_deletecanvas(root);
+        Sdl::services().windowing()->pumpPending();
+    }
+
+    // Handles events until `done` holds, for at most two seconds.
+    bool pumpUntil(const std::function<bool()>& done)
+    {
+        for (int round = 0; round < 200; ++round) {
+            Sdl::services().windowing()->pumpPending();
+            if (done())
+                return true;
+            SDL_Delay(10);
+        }
+        return false;
+    }
+
+    // The colour the screen shows at a window point, as 0xRRGGBB.
+    std::uint32_t onScreen(int x, int y) const
+    {
+        SDL_Surface* surface = SDL_GetWindowSurface(static_cast<SDL_Window*>(window->nativeHandle()));
+        if (!surface || x >= surface->w || y >= surface->h)
+            return 0xFFFFFFFF;
+        const auto* row = static_cast<const std::uint8_t*>(surface->pixels) + y * surface->pitch;
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, row + x * surface->format->BytesPerPixel, surface->format->BytesPerPixel);
+        std::uint8_t r = 0, g = 0, b = 0;
+        SDL_GetRGB(pixel, surface->format, &r, &g, &b);
+        return static_cast<std::uint32_t>(r << 16 | g << 8 | b);
+    }
+
+    void pushToWindow(SDL_Event event) { SDL_PushEvent(&event); }
+
+    Qv::Ptr<RecordingSink> sink;
+    RootCanvas* root = nullptr;
+    Qv::Ptr<Sdl::RootWindow> window;
+};
+
+} // namespace
+
+TEST_F(SdlWindow, the_screen_shows_the_background_and_a_canvas_drawn_on_the_host_road)
+{
+    tela_setRootColour(root, NormalisedRGB(0.0f, 0.0f, 0.5f));
+    Canvas* c = tela_newcanvas(nullptr, root);
+    c->shape(region_mkrect(TopDownRect{20, 30, 60, 50}));
+    c->reshape({40, 20});
+    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(0xFFFF8000);
+    root->window->invalidate(nullptr);
+    EXPECT_TRUE(pumpUntil([&] { return onScreen(25, 35) == 0xFF8000u; }));
+    EXPECT_EQ(onScreen(5, 5), 0x000080u);
+    EXPECT_EQ(onScreen(60, 50), 0x000080u);
+
+    // Two requests before the loop runs are one paint.
+    const int paints = sink->paints;
+    root->window->invalidate(nullptr);
+    root->window->invalidate(region_mkrect(TopDownRect{0, 0, 4, 4}));
+    Sdl::services().windowing()->pumpPending();
+    EXPECT_EQ(sink->paints, paints + 1);
+    tela_deletecanvas(c);
+}
+
+TEST_F(SdlWindow, every_wake_from_any_thread_arrives_once)
+{
+    constexpr int kThreads = 4, kWakesEach = 5000;
+    std::vector<std::thread> senders;
+    for (int t = 0; t < kThreads; ++t)
+        senders.emplace_back([&] {
+            for (int i = 0; i < kWakesEach; ++i)
+                root->window->postWake();
+        });
+    for (std::thread& sender : senders)
+        sender.join();
+    EXPECT_TRUE(pumpUntil([&] { return sink->wakes.load() == kThreads * kWakesEach; }));
+    Sdl::services().windowing()->pumpPending();
+    EXPECT_EQ(sink->wakes.load(), kThreads * kWakesEach);
+}
+
+TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_terms)
+{
+    const std::uint32_t id = window->windowId();
+    SDL_Event press {};
+    press.type = SDL_MOUSEBUTTONDOWN;
+    press.button.windowID = id;
+    press.button.button = SDL_BUTTON_RIGHT;
+    press.button.x = 12;
+    press.button.y = 34;
+    pushToWindow(press);
+    SDL_Event key {};
+    key.type = SDL_KEYDOWN;
+    key.key.windowID = id;
+    key.key.keysym.sym = SDLK_a;
+    key.key.keysym.mod = KMOD_LCTRL | KMOD_LSHIFT;
+    pushToWindow(key);
+    ASSERT_TRUE(pumpUntil([&] { return !sink->mice.empty() && !sink->keys.empty(); }));
+    EXPECT_EQ(sink->mice[0].type, 1);
+    EXPECT_EQ(sink->mice[0].button, 3);
+    EXPECT_EQ(sink->mice[0].position, (XY<int>{12, 34}));
+    EXPECT_EQ(sink->keys[0].key, static_cast<std::uint32_t>('a'));
+    EXPECT_EQ(sink->keys[0].modifiers, 0x3000000u);
+    EXPECT_TRUE(sink->keys[0].pressed);
+
+    SDL_SetWindowSize(static_cast<SDL_Window*>(window->nativeHandle()), 200, 90);
+    ASSERT_TRUE(pumpUntil([&] {
+        return !sink->changes.empty() && sink->changes.back().type == WindowEvent::eResized;
+    }));
+    EXPECT_EQ(sink->changes.back().size, (XY<int>{200, 90}));
+    XY<int> size;
+    window->getSize(size);
+    EXPECT_EQ(size, (XY<int>{200, 90}));
+    XY<int> frame;
+    window->frame()->getSize(frame);
+    EXPECT_EQ(frame, size);
+}
