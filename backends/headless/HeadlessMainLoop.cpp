@@ -16,15 +16,21 @@ void Headless::MainLoop::unregisterWindow(RootWindow* window)
     std::erase_if(m_windows, [window](const WindowWakes& entry) { return entry.window == window; });
 }
 
+Headless::MainLoop::WindowWakes* Headless::MainLoop::find(RootWindow* window)
+{
+    const auto found = std::find_if(m_windows.begin(), m_windows.end(),
+        [window](const WindowWakes& entry) { return entry.window == window; });
+    return found == m_windows.end() ? nullptr : &*found;
+}
+
 void Headless::MainLoop::wake(RootWindow* window)
 {
     {
         std::lock_guard lock(m_mutex);
-        const auto found = std::find_if(m_windows.begin(), m_windows.end(),
-            [window](const WindowWakes& entry) { return entry.window == window; });
-        if (found == m_windows.end())
+        WindowWakes* entry = find(window);
+        if (!entry)
             return;
-        ++found->pending;
+        ++entry->pending;
     }
     m_woken.notify_one();
 }
@@ -33,11 +39,10 @@ void Headless::MainLoop::schedulePaint(RootWindow* window)
 {
     {
         std::lock_guard lock(m_mutex);
-        const auto found = std::find_if(m_windows.begin(), m_windows.end(),
-            [window](const WindowWakes& entry) { return entry.window == window; });
-        if (found == m_windows.end())
+        WindowWakes* entry = find(window);
+        if (!entry)
             return;
-        found->paint = true;
+        entry->paint = true;
     }
     m_woken.notify_one();
 }

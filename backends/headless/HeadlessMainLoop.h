@@ -48,6 +48,8 @@ private:
         bool paint = false;
     };
 
+    // The entry of a registered window; null for any other. Called with m_mutex held.
+    WindowWakes* find(RootWindow* window);
     // Takes one pending wake, else one paint; false when there is neither.
     // Called with m_mutex held.
     bool take(Delivery& next);

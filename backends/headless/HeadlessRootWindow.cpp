@@ -68,25 +68,8 @@ bool Headless::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std
 
 void Headless::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
 {
+    m_invalid.add(region);
     services().windowing()->mainLoop().schedulePaint(this);
-    if (!region) {
-        m_whole_invalid = true;
-        return;
-    }
-    if (!m_invalid) {
-        region->translated(m_invalid, 0, 0);
-        return;
-    }
-    Qv::Ptr<iRegion> united;
-    m_invalid->united(united, region);
-    m_invalid = united;
-}
-
-Qv::Ptr<iRegion> Headless::RootWindow::takePaintRegion()
-{
-    Qv::Ptr<iRegion> region = m_whole_invalid ? nullptr : m_invalid;
-    takeInvalidRegion();
-    return region;
 }
 
 void Headless::RootWindow::setSize(const XY<int>& size)

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "headless/HostImage.h"
+#include "headless/InvalidArea.h"
 #include "platform/iEventHandler.h"
 #include "platform/iRegion.h"
 #include "platform/iRootWindow.h"
@@ -61,12 +62,12 @@ public:
     const WString& title() const { return m_title; }
     std::uint64_t wakeCount() const { return m_wakes.load(); }
     const Qv::Ptr<iEventHandler>& eventHandler() const { return m_handler; }
-    const Qv::Ptr<iRegion>& invalidRegion() const { return m_invalid; }   // united since the last take
-    bool wholeWindowInvalid() const { return m_whole_invalid; }
-    void takeInvalidRegion() { m_invalid = nullptr; m_whole_invalid = false; }
+    const Qv::Ptr<iRegion>& invalidRegion() const { return m_invalid.region(); }   // united since the last take
+    bool wholeWindowInvalid() const { return m_invalid.whole(); }
+    void takeInvalidRegion() { m_invalid.clear(); }
     // What a paint event carries: the region invalidated since the last paint,
     // null for the whole window. Clears it.
-    Qv::Ptr<iRegion> takePaintRegion();
+    Qv::Ptr<iRegion> takePaintRegion() { return m_invalid.take(); }
     const Qv::Ptr<HostImage>& pixels() const { return m_pixels; }
     // Writes what the window shows to a PNG file; false, with a message, on failure.
     // A window without pixels yet gets a host-memory frame of its size first.
@@ -85,8 +86,7 @@ private:
     bool m_initialised = false;
     WString m_title;
     Qv::Ptr<iEventHandler> m_handler;
-    Qv::Ptr<iRegion> m_invalid;
-    bool m_whole_invalid = false;
+    InvalidArea m_invalid;
     Qv::Ptr<HostImage> m_pixels;
     std::atomic<std::uint64_t> m_wakes { 0 };
 };

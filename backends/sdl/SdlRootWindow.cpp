@@ -174,15 +174,7 @@ bool Sdl::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uin
 
 void Sdl::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
 {
-    if (!region) {
-        m_whole_invalid = true;
-    } else if (!m_invalid) {
-        region->translated(m_invalid, 0, 0);
-    } else {
-        Qv::Ptr<iRegion> united;
-        m_invalid->united(united, region);
-        m_invalid = united;
-    }
+    m_invalid.add(region);
     if (m_paint_scheduled)
         return;
     m_paint_scheduled = true;
@@ -194,11 +186,8 @@ void Sdl::RootWindow::invalidate(const Qv::Ptr<iRegion>& region)
 
 Qv::Ptr<iRegion> Sdl::RootWindow::takePaintRegion()
 {
-    Qv::Ptr<iRegion> region = m_whole_invalid ? nullptr : m_invalid;
-    m_invalid = nullptr;
-    m_whole_invalid = false;
     m_paint_scheduled = false;
-    return region;
+    return m_invalid.take();
 }
 
 void Sdl::RootWindow::resized(const XY<int>& size)

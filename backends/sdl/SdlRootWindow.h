@@ -10,6 +10,7 @@
 #pragma once
 
 #include "headless/HostImage.h"
+#include "headless/InvalidArea.h"
 #include "platform/iEventHandler.h"
 #include "platform/iRootWindow.h"
 
@@ -78,8 +79,7 @@ private:
     bool m_active = true;
     bool m_frame_touched = false;
     bool m_paint_scheduled = false;
-    bool m_whole_invalid = false;
-    Qv::Ptr<iRegion> m_invalid;
+    Headless::InvalidArea m_invalid;
     Qv::Ptr<iEventHandler> m_handler;
     Qv::Ptr<Headless::HostImage> m_frame;
     std::atomic<std::uint64_t> m_pending_wakes { 0 };

@@ -140,8 +140,5 @@ TEST(RootBackground, a_bottom_child_over_the_whole_window_leaves_nothing_to_fill
     root->drawBackground(renderer);
     EXPECT_EQ(recorder->callCount(), 0u);
 
-    tela_state().rootWindows.clear();
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
     tela_deletecanvas(root);
 }

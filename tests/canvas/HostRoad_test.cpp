@@ -169,9 +169,6 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
         EXPECT_FALSE(grabbed);
     }
 
-    tela_state().rootWindows.clear();
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
     tela_deletecanvas(root);
 }
 
@@ -206,8 +203,6 @@ TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
     EXPECT_EQ(wallpaper->calls, 2);
     EXPECT_EQ(wallpaper->lastSize, (XY<int>{200, 130}));
 
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
     tela_deletecanvas(root);
 }
 
@@ -245,9 +240,6 @@ TEST(RootCanvas, the_window_colour_is_the_users_choice_from_run_to_run)
     prefs().setPreference("UI : Window colour", String("teal"));
     EXPECT_EQ(tela_window_colour_preference().r, Tela::defaultWindowColour().r);
 
-    tela_state().rootWindows.clear();
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
     tela_deletecanvas(second);
     tela_deletecanvas(first);
 }
@@ -280,8 +272,5 @@ TEST(RootCanvas, a_new_wallpaper_takes_effect_only_while_changes_are_enabled)
     EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(root->window)->pixels()->pixelAt(8, 0), 0xFF505860u);
 
     tela_setRootTextureChangeEnabled(false);
-    tela_state().rootWindows.clear();
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
     tela_deletecanvas(root);
 }

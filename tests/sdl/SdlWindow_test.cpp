@@ -70,9 +70,6 @@ protected:
     {
         sink->root = nullptr;
         window = nullptr;
-        tela_state().rootWindows.clear();
-        event_set_kbd_focus(nullptr);
-        tela_setcanvas(nullptr);
         tela_deletecanvas(root);
         Sdl::services().windowing()->pumpPending();
     }
