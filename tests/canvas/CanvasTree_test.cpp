@@ -1,6 +1,5 @@
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
-#include "canvas/CanvasClient.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
 #include "events/EventQueue.h"
@@ -136,15 +135,6 @@ TEST(CanvasTree, random_connections_agree_with_a_model_in_links_levels_and_every
 
         tela_deletecanvas(root);
     }
-}
-
-TEST(CanvasTree, null_roots_end_every_walk_at_once)
-{
-    for (auto next : {canvas_walk_ancestors, canvas_walk_children, canvas_walk_children_oldest_first,
-                      canvas_walk_older_siblings, canvas_walk_younger_siblings, canvas_walk_subtree,
-                      canvas_walk_subtree_reverse, canvas_walk_postorder, canvas_walk_postorder_youngest_first,
-                      canvas_walk_postorder_oldest_first})
-        EXPECT_EQ(next(nullptr, nullptr), nullptr);
 }
 
 TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
@@ -305,19 +295,4 @@ TEST(CanvasDeletion, a_tree_of_ten_thousand_canvases_returns_every_block)
         tela_deletecanvas(root);
     }
     EXPECT_EQ(live_blocks(), before);
-}
-
-TEST(CanvasClient, base_behaviours_are_harmless_defaults)
-{
-    struct Client : CanvasClient {
-        eResult handleEvent(const Event&) override { return eHandled; }
-    } client;
-    EXPECT_STREQ(client.idstring(), "CanvasClient");
-    EXPECT_EQ(client.contextCursor({1, 1}), 16);
-    EXPECT_TRUE(client.isOpaqueAt({0, 0}));
-    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-    EXPECT_FALSE(client.display(renderer));
-    Canvas* c = tela_newcanvas(&client, nullptr);
-    EXPECT_EQ(c->client, &client);
-    tela_deletecanvas(c);
 }
