@@ -6,6 +6,7 @@
 #include "canvas/CanvasWalk.h"
 #include "canvas/DisplayPipeline.h"
 #include "core/Memory.h"
+#include "core/Threads.h"
 #include "vector/Regions.h"
 
 #include <atomic>
@@ -197,7 +198,8 @@ void tela_refresh_on(bool present)
     const int counter = s_refresh_counter.fetch_add(1, std::memory_order_relaxed) + 1;
     if (counter > 0)
         tela_splat("too many tela_refresh_on() calls");
-    if (counter != 0 || !s_pending_canvas)
+    // Only the main thread paints; another thread's deferrer just counts.
+    if (counter != 0 || !s_pending_canvas || !isMainThread())
         return;
     if (present) {
         Canvas* target = s_pending_several ? nullptr : s_pending_canvas;

@@ -10,6 +10,7 @@
 #include "canvas/UpdateTracking.h"
 #include "canvas/Wipe.h"
 #include "colour/CurrentColour.h"
+#include "core/Threads.h"
 #include "vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
@@ -17,6 +18,8 @@
 #include "headless/HostImage.h"
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace {
 
@@ -167,6 +170,25 @@ TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_t
     EXPECT_FALSE(canvupd_pending_several());
     EXPECT_EQ(shown(20, 20), kRed);
     EXPECT_EQ(shown(120, 20), kBlue);
+}
+
+TEST_F(WindowFixture, a_deferrer_ending_on_another_thread_leaves_the_painting_to_the_main_thread)
+{
+    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    clear();
+    tela_refresh_off();
+    canvupd_mark_all(a);
+    int worker_id = 0;
+    std::thread([&] {
+        worker_id = co_pid();
+        tela_refresh_on(true);
+    }).join();
+    EXPECT_NE(worker_id, 0);
+    EXPECT_EQ(co_pid(), 0);
+    EXPECT_EQ(canvupd_pending_canvas(), a);
+    EXPECT_EQ(shown(20, 20), 0u);
+    { Tela::UpdateDeferrer deferrer(nullptr, true); }
+    EXPECT_EQ(shown(20, 20), kRed);
 }
 
 TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_deferrer)
