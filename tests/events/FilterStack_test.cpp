@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <random>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -61,94 +60,6 @@ TEST(FilterStackTest, NestedRunsSeeRemovalsAtOnceButPushesOnlyAfterTheOutermostR
     log.clear();
     EXPECT_EQ(stack.run(0), 0);
     EXPECT_EQ(log, (std::vector<int>{3, 2}));
-}
-
-TEST(FilterStackTest, RandomEditsDuringRunsMatchAModelOfSnapshotWalks)
-{
-    // Model of one run: the entries present when it starts are walked top
-    // down; an entry removed before its turn is skipped; pushes made during
-    // the run go on top only when it ends. The filters log what they did, and
-    // the model replays that log.
-    enum class Kind { Asked, Removed, Pushed };
-    struct Step {
-        Kind kind;
-        int id;
-    };
-    constexpr int FILTERS = 6;
-    for (std::uint32_t seed = 0; seed < 50; ++seed) {
-        SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
-        FilterStack<int> stack;
-        std::vector<int> unused_log;
-        std::vector<Step> steps;
-        std::vector<std::unique_ptr<ScriptedFilter>> filters;
-        for (int id = 0; id < FILTERS; ++id) {
-            filters.push_back(std::make_unique<ScriptedFilter>(id, unused_log));
-            filters.back()->answer = id == FILTERS - 1 ? 9 : 0;
-        }
-        for (auto& filter : filters) {
-            ScriptedFilter* self = filter.get();
-            self->while_asked = [&, self] {
-                steps.push_back({Kind::Asked, self->id});
-                const unsigned action = random() % 5;
-                const int other = static_cast<int>(random() % FILTERS);
-                if (action == 0) {
-                    stack.remove(filters[other].get());
-                    steps.push_back({Kind::Removed, other});
-                } else if (action == 1) {
-                    stack.push(filters[other].get(), nullptr);
-                    steps.push_back({Kind::Pushed, other});
-                }
-            };
-        }
-
-        std::vector<int> model; // top first
-        for (int round = 0; round < 40; ++round) {
-            const unsigned choice = random() % 3;
-            const int id = static_cast<int>(random() % FILTERS);
-            if (choice == 0) {
-                stack.push(filters[id].get(), nullptr);
-                model.insert(model.begin(), id);
-            } else if (choice == 1) {
-                stack.remove(filters[id].get());
-                std::erase(model, id);
-            } else {
-                steps.clear();
-                const int result = stack.run(0);
-                std::vector<bool> removed(model.size(), false);
-                std::vector<int> pending;
-                std::size_t at = 0;
-                int expected = 0;
-                for (std::size_t entry = 0; entry < model.size() && expected == 0; ++entry) {
-                    if (removed[entry])
-                        continue;
-                    ASSERT_LT(at, steps.size());
-                    ASSERT_EQ(steps[at].kind, Kind::Asked);
-                    ASSERT_EQ(steps[at].id, model[entry]);
-                    for (++at; at < steps.size() && steps[at].kind != Kind::Asked; ++at) {
-                        const int target = steps[at].id;
-                        if (steps[at].kind == Kind::Pushed) {
-                            pending.push_back(target);
-                            continue;
-                        }
-                        std::erase(pending, target);
-                        for (std::size_t other = 0; other < model.size(); ++other)
-                            if (model[other] == target)
-                                removed[other] = true;
-                    }
-                    expected = filters[model[entry]]->answer;
-                }
-                EXPECT_EQ(at, steps.size());
-                EXPECT_EQ(result, expected);
-                std::vector<int> next(pending.rbegin(), pending.rend());
-                for (std::size_t entry = 0; entry < model.size(); ++entry)
-                    if (!removed[entry])
-                        next.push_back(model[entry]);
-                model = next;
-            }
-            ASSERT_EQ(stack.count(), model.size());
-        }
-    }
 }
 
 TEST(FilterStackTest, PushingNullIsReportedAndLeavesTheStackAsItWas)

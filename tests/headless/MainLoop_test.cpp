@@ -78,31 +78,6 @@ TEST(HeadlessMainLoopTest, WakesOfADeadWindowAreNeverDelivered)
     EXPECT_EQ(survivor_handler->seen(), 1u);
 }
 
-TEST(HeadlessRootWindowTest, TestsSetSizePositionAndFocus)
-{
-    auto window = make_window();
-    iRootWindow::InitArgs args;
-    args.size = XY<int>(320, 200);
-    args.title = WString(u"Gallery");
-    ASSERT_TRUE(window->initWindow(args));
-    XY<int> size;
-    window->getSize(size);
-    EXPECT_EQ(size, XY<int>(320, 200));
-
-    window->setSize(XY<int>(64, 48));
-    window->setPosition(XY<int>(10, 20));
-    window->setFocus(true);
-    window->getSize(size);
-    XY<int> position;
-    window->getPosition(position);
-    EXPECT_EQ(size, XY<int>(64, 48));
-    EXPECT_EQ(position, XY<int>(10, 20));
-    EXPECT_TRUE(window->hasFocus());
-    XY<int> pixel_size;
-    window->pixels()->getSize(pixel_size);
-    EXPECT_EQ(pixel_size, size);   // the buffer follows the window
-}
-
 TEST(HeadlessHostImageTest, OffscreenImagesTakeTheWindowsRoadAndLockTheirPixels)
 {
     auto window = make_window();

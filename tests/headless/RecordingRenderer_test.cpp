@@ -1,8 +1,5 @@
-#include "headless/HostImage.h"
 #include "headless/PixmanRegion.h"
-#include "support/LiveBlocks.h"
 #include "support/RecordingRenderer.h"
-#include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -30,56 +27,6 @@ TEST(RecordingRenderer, KeepsEveryCallInOrderWithCopiesOfItsDescriptions)
     EXPECT_EQ(recorder.primitive<RectDescription>(1, 1).blendMode, eBlendOver);
     EXPECT_EQ(recorder.primitive<AlphaRectDescription>(2).mode, 7u);
     EXPECT_EQ(recorder.calls()[3].count, 0u);
-}
-
-TEST(RecordingRenderer, AskingForTheWrongTypeIsReportedAndGivesADefault)
-{
-    ReportCapture reports;
-    RecordingRenderer recorder;
-    RectDescription rect;
-    rect.rect = { 1, 1, 2, 2 };
-    recorder.drawRects(&rect, 1);
-    EllipseDescription ellipse;
-    ellipse.rect = { 5, 5, 9, 9 };
-    recorder.drawEllipses(&ellipse, 1);
-
-    // An alpha rectangle is a rectangle by type, but drawRects never took one.
-    EXPECT_EQ(recorder.primitive<AlphaRectDescription>(0).rect, TopDownRect {});
-    EXPECT_EQ(recorder.primitive<EllipseDescription>(0).rect, TopDownRect {});
-    EXPECT_EQ(recorder.primitive<EllipseDescription>(1, 1).rect, TopDownRect {});
-    EXPECT_EQ(reports.count("RecordingRenderer: call "), 3);
-    EXPECT_EQ(recorder.primitive<EllipseDescription>(1).rect, (TopDownRect { 5, 5, 9, 9 }));
-}
-
-TEST(RecordingRenderer, ClearingLetsGoOfRecordedImagesAndShaderValues)
-{
-    const std::int64_t blocks_before = live_blocks();
-    {
-        RecordingRenderer recorder;
-        const Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({ 3, 2 });
-        const ImageDescription blit(image, XY<int> { 4, 5 }, true);
-        recorder.drawImages(&blit, 1);
-        ShaderRectDescription shaded;
-        shaded.addParam("Opacity", 0.25f);
-        shaded.addParam("FillColour", NormalisedRGB(1.0f, 0.5f, 0.0f));
-        recorder.drawShaderRects(&shaded, 1);
-
-        const ImageDescription& recorded_blit = recorder.primitive<ImageDescription>(0);
-        EXPECT_EQ(recorded_blit.destRect, (TopDownRect { 4, 5, 7, 7 }));
-        EXPECT_EQ(recorded_blit.sourceRect, (TopDownRect { 0, 0, 3, 2 }));
-        const ShaderRectDescription& recorded_shader = recorder.primitive<ShaderRectDescription>(1);
-        EXPECT_EQ(recorded_shader.floatParam("Opacity", 1.0f), 0.25f);
-        EXPECT_EQ(recorded_shader.colourParam("FillColour", NormalisedRGB()).g, 0.5f);
-        EXPECT_EQ(recorded_shader.floatParam("FillColour", -1.0f), -1.0f);   // a colour is not a float
-
-        EXPECT_EQ(image->refCount(), 3);   // ours, blit's and the recorder's
-        EXPECT_EQ(shaded.params[0]->refCount(), 2);
-        recorder.clear();
-        EXPECT_EQ(recorder.callCount(), 0u);
-        EXPECT_EQ(image->refCount(), 2);
-        EXPECT_EQ(shaded.params[0]->refCount(), 1);
-    }
-    EXPECT_EQ(live_blocks(), blocks_before);
 }
 
 TEST(GraphicPrimitives, ExtentsFollowTheirPointsAndRoundOutward)
