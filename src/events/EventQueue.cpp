@@ -265,6 +265,19 @@ void event_flush(EventHandler* handler, int mask, bool keepPairs)
     }
 }
 
+bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data)
+{
+    Queue& q = queue();
+    CriticalSection::Guard guard(q.lock);
+    for (Event* queued = q.head; queued; queued = queued->next) {
+        if (queued->type == type && queued->canvas == canvas && queued->msg.view() == name.view()) {
+            queued->data = data;
+            return true;
+        }
+    }
+    return false;
+}
+
 int event_pending(Canvas* canvas, int mask)
 {
     Queue& q = queue();

@@ -14,7 +14,11 @@
 // - Masks match when (type & mask) == mask: 0 matches everything.
 // - Lock order: the queue lock, then the handler registry's lock.
 
+#include "core/LightweightString.h"
+#include "core/Ptr.h"
+
 #include <cstddef>
+#include <cstdint>
 
 class Canvas;
 class EventHandler;
@@ -45,6 +49,12 @@ inline void event_flush(std::nullptr_t, int mask, bool keepPairs)
 {
     event_flush(static_cast<Canvas*>(nullptr), mask, keepPairs);
 }
+// Gives the newest queued event of exactly `type` with this name and canvas
+// `data` in place of its payload; false when there is none. The old payload
+// is released under the queue lock, which is re-entrant, so a payload whose
+// death flushes the queue may be replaced.
+bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data);
+
 // 1 when a live event for the canvas (null: any) matching the mask is queued.
 int event_pending(Canvas* canvas, int mask);
 

@@ -1,0 +1,130 @@
+// Deferred work and main-thread callbacks: what runs, when, and what a flush
+// or a repeated id cancels.
+
+#include "EventSupport.h"
+
+#include "canvas/CanvasTree.h"
+#include "core/NotifyMsg.h"
+#include "core/Threads.h"
+#include "events/Deferred.h"
+#include "events/UIThreadCallback.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// What the dispatcher does with each event: hand it to its handler.
+int dispatch_all()
+{
+    int delivered = 0;
+    while (Event* event = event_receive()) {
+        if (EventHandler* target = event->getEventHandlerObj(); EventHandler::valid(target, IdStamp(0, 0, 0))) {
+            target->handleEvent(*event);
+            ++delivered;
+        }
+        event_free(event);
+    }
+    return delivered;
+}
+
+} // namespace
+
+TEST(Deferred, work_runs_later_in_queue_order_unless_its_canvas_is_flushed)
+{
+    QueueScope scope;
+    std::string log;
+    Canvas* doomed = tela_newcanvas(nullptr, nullptr);
+    defer([&] {
+        log += "a";
+        defer([&] { log += "c"; }); // queued behind everything already there
+        log += "A";
+    });
+    defer([&] { log += "x"; }, doomed);
+    defer([&] { log += "b"; });
+    tela_deletecanvas(doomed);
+    EXPECT_TRUE(log.empty());
+    dispatch_all();
+    EXPECT_EQ(log, "aAbc");
+}
+
+TEST(Deferred, a_repeated_unique_id_cancels_the_pending_one_and_a_third_starts_afresh)
+{
+    QueueScope scope;
+    Canvas* one = tela_newcanvas(nullptr, nullptr);
+    Canvas* two = tela_newcanvas(nullptr, nullptr);
+    std::string log;
+    deferUnique([&] { log += "1"; }, String("layout"), one);
+    deferUnique([&] { log += "2"; }, String("layout"), one);
+    dispatch_all();
+    EXPECT_EQ(log, "");
+
+    deferUnique([&] { log += "1"; }, String("layout"), one);
+    deferUnique([&] { log += "2"; }, String("layout"), one);
+    deferUnique([&] { log += "3"; }, String("layout"), one);
+    deferUnique([&] { log += "4"; }, String("layout"), two); // another canvas: its own
+    dispatch_all();
+    EXPECT_EQ(log, "34");
+    tela_deletecanvas(one);
+    tela_deletecanvas(two);
+}
+
+TEST(Deferred, main_thread_work_runs_at_once_and_other_threads_work_waits_for_it)
+{
+    QueueScope scope;
+    bool ran = false;
+    executeInMainThread([&] { ran = true; });
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+
+    int ran_on = -1;
+    std::thread([&] { executeInMainThread([&] { ran_on = co_pid(); }); }).join();
+    EXPECT_EQ(ran_on, -1);
+    EXPECT_EQ(dispatch_all(), 1);
+    EXPECT_EQ(ran_on, 0);
+
+    // Requests with nothing to do send nothing.
+    Tela::viewDocument(WString());
+    Tela::revealFiles({WString(u"/"), WString(u"/tmp")});
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+    Tela::revealFiles({WString(u"/no/such/file"), WString(u"/no/such/file"), WString(u"/")});
+    EXPECT_EQ(dispatch_all(), 1);
+}
+
+TEST(UIThreadCallback, runs_on_the_main_thread_checks_its_receiver_first_and_its_condition_last)
+{
+    QueueScope scope;
+    std::vector<int> heard;
+    const auto record = Qv::makeCallback<int, NotifyMsg>([&](const NotifyMsg& message) {
+        heard.push_back(message.type() * 10 + co_pid());
+        return 1;
+    });
+    auto now = Qv::make<UIThreadCallback<NotifyMsg>>(record, false);
+    EXPECT_EQ(now->execute(NotifyMsg(String(), 1)), 1); // main thread: at once
+    auto later = Qv::make<UIThreadCallback<NotifyMsg>>(record, true);
+    EXPECT_EQ(later->execute(NotifyMsg(String(), 2)), 0); // always deferred
+    std::thread([&] { now->execute(NotifyMsg(String(), 3)); }).join();
+    EXPECT_EQ(heard, (std::vector<int>{10}));
+    later = nullptr; // the queued message keeps it alive
+    dispatch_all();
+    EXPECT_EQ(heard, (std::vector<int>{10, 20, 30}));
+
+    // A receiver that is gone: nothing is queued. A condition that fails at
+    // delivery: dropped silently.
+    Qv::Ptr<UIThreadCallback<NotifyMsg>> guarded;
+    {
+        RecordingHandler receiver;
+        const Qv::Ptr<iCallbackBase<int, NotifyMsg>> check(Qv::make<EventHandlerExistenceCheck<NotifyMsg>>(&receiver));
+        guarded = Qv::make<UIThreadCallback<NotifyMsg>>(record, check, true);
+    }
+    guarded->execute(NotifyMsg(String(), 4));
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+    auto conditional = Qv::make<UIThreadCallback<NotifyMsg>>(record, true);
+    conditional->setDeliveryCondition(Qv::makeCallback<int, NotifyMsg>([](const NotifyMsg&) { return 0; }));
+    conditional->execute(NotifyMsg(String(), 5));
+    dispatch_all();
+    EXPECT_EQ(heard.size(), 3u);
+}
