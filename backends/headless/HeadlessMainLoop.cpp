@@ -1,8 +1,10 @@
 #include "headless/HeadlessMainLoop.h"
 
+#include "core/Clock.h"
 #include "headless/HeadlessRootWindow.h"
 
 #include <algorithm>
+#include <chrono>
 
 void Headless::MainLoop::registerWindow(RootWindow* window)
 {
@@ -14,6 +16,7 @@ void Headless::MainLoop::unregisterWindow(RootWindow* window)
 {
     std::lock_guard lock(m_mutex);
     std::erase_if(m_windows, [window](const WindowWakes& entry) { return entry.window == window; });
+    std::erase_if(m_timers, [window](const Timer& timer) { return timer.window == window; });
 }
 
 Headless::MainLoop::WindowWakes* Headless::MainLoop::find(RootWindow* window)
@@ -54,7 +57,7 @@ bool Headless::MainLoop::take(Delivery& next)
         if (entry.pending == 0)
             continue;
         --entry.pending;
-        next = Delivery { entry.window, false };
+        next = Delivery { entry.window, Kind::Wake };
         m_next_window = (m_next_window + step + 1) % m_windows.size();
         return true;
     }
@@ -62,24 +65,68 @@ bool Headless::MainLoop::take(Delivery& next)
         if (!entry.paint)
             continue;
         entry.paint = false;
-        next = Delivery { entry.window, true };
+        next = Delivery { entry.window, Kind::Paint };
+        return true;
+    }
+    const std::uint64_t now = msecsNow();
+    for (Timer& timer : m_timers) {
+        if (timer.due > now)
+            continue;
+        timer.due = now + timer.period;
+        next = Delivery { timer.window, Kind::Tick, static_cast<std::uint32_t>(now) };
         return true;
     }
     return false;
+}
+
+std::uint64_t Headless::MainLoop::addTimer(RootWindow* window, std::uint32_t period)
+{
+    if (period == 0)
+        return 0;
+    std::lock_guard lock(m_mutex);
+    const std::uint64_t id = m_next_timer_id++;
+    m_timers.push_back(Timer { id, window, period, msecsNow() + period });
+    m_woken.notify_one();
+    return id;
+}
+
+void Headless::MainLoop::removeTimer(std::uint64_t id)
+{
+    std::lock_guard lock(m_mutex);
+    std::erase_if(m_timers, [id](const Timer& timer) { return timer.id == id; });
+}
+
+long long Headless::MainLoop::sleep_limit() const
+{
+    long long limit = -1;
+    const std::uint64_t now = msecsNow();
+    for (const Timer& timer : m_timers) {
+        const long long wait = timer.due > now ? static_cast<long long>(timer.due - now) : 0;
+        limit = limit < 0 ? wait : std::min(limit, wait);
+    }
+    return limit;
 }
 
 void Headless::MainLoop::deliver(const Delivery& next)
 {
     // The window stays alive while its handler runs: only the main thread releases windows.
     const Qv::Ptr<iEventHandler> handler = next.window->eventHandler();
-    if (next.paint) {
+    switch (next.kind) {
+    case Kind::Paint: {
         const PaintEvent paint { next.window->takePaintRegion() };
         if (handler)
             handler->handleEvent(paint);
         return;
     }
-    if (handler)
-        handler->handleEvent(UserEvent {});
+    case Kind::Tick:
+        if (handler)
+            handler->handleEvent(TimerEvent { next.time });
+        return;
+    case Kind::Wake:
+        if (handler)
+            handler->handleEvent(UserEvent {});
+        return;
+    }
 }
 
 int Headless::MainLoop::run()
@@ -88,7 +135,13 @@ int Headless::MainLoop::run()
         Delivery next;
         {
             std::unique_lock lock(m_mutex);
-            m_woken.wait(lock, [&] { return m_stop_requested || take(next); });
+            while (!m_stop_requested && !take(next)) {
+                const long long limit = sleep_limit();
+                if (limit < 0)
+                    m_woken.wait(lock);
+                else
+                    m_woken.wait_for(lock, std::chrono::milliseconds(limit));
+            }
             if (m_stop_requested && !next.window) {
                 m_stop_requested = false;
                 return 0;

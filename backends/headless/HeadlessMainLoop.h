@@ -8,6 +8,9 @@
 // - A paint asked for on a window (main thread) becomes one PaintEvent, however
 //   often it was asked for, delivered once no window has wakes pending: input
 //   and messages go first, as with a real window system.
+// - A periodic timer becomes a TimerEvent for its window when due by msecsNow()
+//   (so a fake clock drives it in tests), after wakes and paints; ticks missed
+//   while the loop was busy are not made up.
 // - The loop's mutex is never held while a handler runs, so a handler may post wakes
 //   and postWake never waits on the main thread.
 #pragma once
@@ -28,6 +31,9 @@ public:
     void unregisterWindow(RootWindow* window);
     void wake(RootWindow* window);          // any thread
     void schedulePaint(RootWindow* window);
+    // A timer ticking every `period` milliseconds for the window; 0 when refused.
+    std::uint64_t addTimer(RootWindow* window, std::uint32_t period);
+    void removeTimer(std::uint64_t id);
 
     // Runs until stop(); returns 0. Called on the main thread.
     int run();
@@ -43,21 +49,35 @@ private:
         std::uint64_t pending;
         bool paint = false;
     };
+    struct Timer {
+        std::uint64_t id;
+        RootWindow* window;
+        std::uint32_t period;
+        std::uint64_t due;
+    };
+    enum class Kind { Wake, Paint, Tick };
     struct Delivery {
         RootWindow* window = nullptr;
-        bool paint = false;
+        Kind kind = Kind::Wake;
+        std::uint32_t time = 0;
     };
 
     // The entry of a registered window; null for any other. Called with m_mutex held.
     WindowWakes* find(RootWindow* window);
-    // Takes one pending wake, else one paint; false when there is neither.
+    // Takes one pending wake, else one paint, else one due tick; false when
+    // there is none.
     // Called with m_mutex held.
     bool take(Delivery& next);
     void deliver(const Delivery& next);
 
     std::mutex m_mutex;
     std::condition_variable m_woken;
+    // How long the loop may sleep before a timer is due; -1 for ever.
+    long long sleep_limit() const;
+
     Qv::Vector<WindowWakes> m_windows;
+    Qv::Vector<Timer> m_timers;
+    std::uint64_t m_next_timer_id = 1;
     std::size_t m_next_window = 0;           // round robin between windows
     bool m_stop_requested = false;
 };

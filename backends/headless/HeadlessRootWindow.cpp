@@ -5,9 +5,20 @@
 
 namespace {
 
-class NullTimer final : public iPeriodicTimer {
+// A timer of the main loop, stopped when released.
+class LoopTimer final : public iPeriodicTimer {
 public:
-    void stop() override {}
+    explicit LoopTimer(std::uint64_t id) : m_id(id) {}
+    ~LoopTimer() override { stop(); }
+    void stop() override
+    {
+        if (m_id)
+            Headless::services().windowing()->mainLoop().removeTimer(m_id);
+        m_id = 0;
+    }
+
+private:
+    std::uint64_t m_id;
 };
 
 } // namespace
@@ -60,9 +71,12 @@ bool Headless::RootWindow::dragFiles(const Qv::Vector<WString>& files)
     return !files.empty();
 }
 
-bool Headless::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t)
+bool Headless::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds)
 {
-    out = Qv::make<NullTimer>();   // FIXME: ticks arrive with the headless main loop
+    const std::uint64_t id = services().windowing()->mainLoop().addTimer(this, milliseconds);
+    if (!id)
+        return false;
+    out = Qv::make<LoopTimer>(id);
     return true;
 }
 

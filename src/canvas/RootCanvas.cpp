@@ -10,6 +10,7 @@
 #include "canvas/UpdateTracking.h"
 #include "core/TimedTask.h"
 #include "events/EventQueue.h"
+#include "events/EventTimeServer.h"
 #include "platform/FxResources.h"
 #include "platform/GraphicPrimitives.h"
 #include "platform/OS.h"
@@ -158,6 +159,12 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
     tela_setcanvas(root);
     tela_root_row(root)->wallpaperProvider = args.wallpaper;
     tela_refresh_wallpaper(root);
+    // The library's one periodic tick comes from the first root's window.
+    if (!tela_state().tickTimer) {
+        Qv::Ptr<iPeriodicTimer> tick;
+        if (window->createPeriodicTimer(tick, tela_tick_interval()))
+            tela_state().tickTimer = tick;
+    }
     // The rounded shapes are drawn by shaders on a composited window; finding
     // them now keeps the first frame from stalling on it.
     if (window->displayLocation() == iImageBase::eGPU) {
