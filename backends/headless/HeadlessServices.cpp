@@ -61,10 +61,15 @@ int Headless::Windowing::runMessageLoop()
 void Headless::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
 {
     monitors.clear();
+    if (m_scripted) {
+        monitors = m_monitors;
+        return;
+    }
     MonitorInfo primary;
-    primary.area = Qv::Rectangle<int> { 0, 0, 1920, 1080 };
-    primary.workArea = Qv::Rectangle<int> { 0, 0, 1920, 1040 };
-    primary.primary = true;
+    primary.screenBox = Qv::Box<int> { 0, 0, 1920, 1080 };
+    primary.desktopBox = Qv::Box<int> { 0, 0, 1920, 1040 };
+    primary.isPrimary = 1;
+    primary.name = String("Headless");
     monitors.push_back(primary);
 }
 

@@ -59,8 +59,25 @@ private:
 
 class SystemInfo final : public iSystemInfo {
 public:
+    // One 1920 x 1080 monitor, its bottom 40 rows a task bar, unless a test
+    // scripted others.
     void getMonitors(Qv::Vector<MonitorInfo>& monitors) override;
     float uiScale() override { return 1.0f; }
+    void setMonitors(const Qv::Vector<MonitorInfo>& monitors)
+    {
+        m_monitors = monitors;
+        m_scripted = true;
+    }
+    void clearMonitors()
+    {
+        m_monitors.clear();
+        m_scripted = false;
+    }
+
+private:
+    // Empty until scripted: the services exist before any heap.
+    Qv::Vector<MonitorInfo> m_monitors;
+    bool m_scripted = false;
 };
 
 class Imaging final : public iImagingService {

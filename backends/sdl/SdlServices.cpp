@@ -251,9 +251,14 @@ void Sdl::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
         if (SDL_GetDisplayUsableBounds(display, &usable) != 0)
             usable = bounds;
         MonitorInfo info;
-        info.area = Qv::Rectangle<int> { bounds.x, bounds.y, bounds.x + bounds.w, bounds.y + bounds.h };
-        info.workArea = Qv::Rectangle<int> { usable.x, usable.y, usable.x + usable.w, usable.y + usable.h };
-        info.primary = display == 0;
+        info.screenBox = Qv::Box<int> { bounds.x, bounds.y, bounds.x + bounds.w, bounds.y + bounds.h };
+        info.desktopBox = Qv::Box<int> { usable.x, usable.y, usable.x + usable.w, usable.y + usable.h };
+        info.isPrimary = display == 0 ? 1 : 0;
+        const char* name = SDL_GetDisplayName(display);
+        info.name = String(name ? name : "");
+        float dpi = 0.0f;
+        if (SDL_GetDisplayDPI(display, &dpi, nullptr, nullptr) == 0 && dpi > 0.0f)
+            info.scale = dpi / 96.0f;
         monitors.push_back(info);
     }
 }

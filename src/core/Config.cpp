@@ -12,6 +12,7 @@ namespace {
 struct ConfigurationFile {
     std::mutex mutex;
     bool loaded = false;
+    unsigned generation = 0;
     String directoryOverride;
     JSON::Value values;
 };
@@ -83,6 +84,14 @@ void Qv::reloadConfigurationFrom(std::string_view directory)
     std::lock_guard lock(file.mutex);
     file.directoryOverride = String(directory.data(), directory.size());
     file.loaded = false;
+    ++file.generation;
+}
+
+unsigned Qv::configurationGeneration()
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    return file.generation;
 }
 
 String Qv::configurationDirectory()

@@ -24,4 +24,7 @@ namespace Qv {
 void reloadConfigurationFrom(std::string_view directory);
 // Where the configuration file is looked for.
 String configurationDirectory();
+// Goes up each time the configuration is read afresh, so that values a module
+// reads once can be read again after a test reloads.
+unsigned configurationGeneration();
 } // namespace Qv
