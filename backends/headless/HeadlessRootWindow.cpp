@@ -51,11 +51,12 @@ bool Headless::RootWindow::initWindow(const InitArgs& args)
 {
     m_title = args.title;
     m_position = args.position;
-    m_title_bar = args.titleBar;
-    m_maximised = args.mode == 1;
+    m_title_bar = args.titleBar();
+    m_maximised = args.maximised();
     if (args.eventHandler)
         m_handler = args.eventHandler;
-    setSize(args.size);
+    if (args.size.x > 0 && args.size.y > 0)
+        setSize(args.size);
     m_initialised = true;
     return static_cast<bool>(m_pixels);
 }

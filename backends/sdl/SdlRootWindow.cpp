@@ -73,21 +73,22 @@ bool Sdl::RootWindow::initWindow(const InitArgs& args)
     if (m_window)
         return true;
     std::uint32_t flags = SDL_WINDOW_RESIZABLE;
-    if (args.mode == 1)
-        flags |= SDL_WINDOW_MAXIMIZED;
-    else if (args.mode == 2)
+    if (args.mode == 2)
         flags |= SDL_WINDOW_FULLSCREEN_DESKTOP;
-    if (!args.titleBar)
+    else if (args.maximised())
+        flags |= SDL_WINDOW_MAXIMIZED;
+    if (!args.titleBar())
         flags |= SDL_WINDOW_BORDERLESS;
     const bool placed = args.position.x != 0 || args.position.y != 0;
     m_window = SDL_CreateWindow(toUTF8(args.title).c_str(), placed ? args.position.x : SDL_WINDOWPOS_UNDEFINED,
-                                placed ? args.position.y : SDL_WINDOWPOS_UNDEFINED, args.size.x, args.size.y, flags);
+                                placed ? args.position.y : SDL_WINDOWPOS_UNDEFINED, args.size.x > 0 ? args.size.x : m_size.x,
+                                args.size.y > 0 ? args.size.y : m_size.y, flags);
     if (!m_window) {
         murl_printf("SDL cannot make a window: %s\n", SDL_GetError());
         return false;
     }
     m_window_id = SDL_GetWindowID(m_window);
-    m_title_bar = args.titleBar;
+    m_title_bar = args.titleBar();
     if (args.eventHandler)
         m_handler = args.eventHandler;
     services().windowing()->registerWindow(this);

@@ -107,6 +107,7 @@ RootCanvas* open_window()
     iRootWindow::InitArgs args;
     args.size = {kWidth, kHeight};
     args.wallpaper = Qv::make<StripedWallpaper>();
+    args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
     args.eventHandler = events;
     args.title = WString(u"Tela gallery");
     RootCanvas* root = tela_createRootCanvas(args);

@@ -21,15 +21,19 @@ public:
 class iRootWindow : public iObject {
 public:
     struct InitArgs {
-        std::int32_t mode = 0;            // 0 normal, 1 maximised, 2 full screen
-        WString title;
+        enum : std::uint32_t { eTitleBar = 1, eMaximised = 2 };
+
+        XY<int> size;                            // of the normal window; (0, 0): the platform's choice
         XY<int> position;
-        XY<int> size { 800, 600 };
-        bool titleBar = true;
+        std::uint32_t flags = 51;                // eTitleBar, eMaximised; other bits are the platform's
+        std::int32_t mode = 1;                   // given to createRootWindow; 2 asks for full screen
+        WString title;
         Qv::Ptr<iWallpaperProvider> wallpaper;   // the root's backdrop; may be null
         Qv::Ptr<iEventHandler> eventHandler;     // the sink of the window's events
-    };
 
+        bool titleBar() const { return (flags & eTitleBar) != 0; }
+        bool maximised() const { return (flags & eMaximised) != 0; }
+    };
     virtual iImageBase::eLocation displayLocation() const = 0;
     virtual void getSize(XY<int>& size) const = 0;
     virtual bool getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags) = 0;

@@ -59,7 +59,8 @@ protected:
         iRootWindow::InitArgs args;
         args.size = {160, 120};
         args.title = WString(u"Tela test");
-        args.eventHandler = sink;
+        args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
+    args.eventHandler = sink;
         root = tela_createRootCanvas(args);
         ASSERT_NE(root, nullptr);
         sink->root = root;

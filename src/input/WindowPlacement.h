@@ -1,0 +1,23 @@
+#pragma once
+// The root window's placement kept between runs: size, position, title bar
+// and maximised state, as one JSON text in the preferences under
+// "<application name> : Window". An older form of separate keys is still
+// read when the current key has nothing.
+
+#include "core/LightweightString.h"
+#include "platform/iRootWindow.h"
+
+namespace Tela {
+
+// The arguments to make the window with, from what was stored. A stored size
+// is raised to at least 1024 x 768; a maximised window too big for the
+// monitor it was on (or for the primary one, when that monitor is gone) is
+// given nine tenths of the monitor, centred. A text that does not parse gives
+// the defaults.
+iRootWindow::InitArgs restoreWindowState(const WString& applicationName);
+
+// Stores the first root's placement. A window without a title bar, or a
+// maximised one, keeps the normal placement stored before.
+void saveRootWindowPlacement();
+
+} // namespace Tela
