@@ -42,6 +42,17 @@ Qv::Ptr<iRootWindow> root_window()
     return root ? root->window : nullptr;
 }
 
+// The first root window's place on the desktop and its box; false with none.
+bool root_window_frame(XY<int>& origin, Qv::Box<int>& box)
+{
+    const Qv::Ptr<iRootWindow> window = root_window();
+    if (!window)
+        return false;
+    window->getPosition(origin);
+    window->getBox(box);
+    return true;
+}
+
 // The window's rectangle on the desktop: its position, extended by its size.
 Qv::Box<int> window_rectangle(const Qv::Ptr<iRootWindow>& window)
 {
@@ -275,24 +286,18 @@ XY<int> tela_getConstrainedPosForWindow(Canvas* canvas, const XY<int>& size, con
 
 XY<int> tela_rootXYToScreenXY(const XY<int>& position)
 {
-    const Qv::Ptr<iRootWindow> window = root_window();
-    if (!window)
-        return position;
     XY<int> origin;
     Qv::Box<int> box;
-    window->getPosition(origin);
-    window->getBox(box);
+    if (!root_window_frame(origin, box))
+        return position;
     return XY<int>(position.x + origin.x + box.x1, box.height() - position.y + origin.y + box.y1);
 }
 
 XY<int> tela_screenXYToRootXY(const XY<int>& position)
 {
-    const Qv::Ptr<iRootWindow> window = root_window();
-    if (!window)
-        return position;
     XY<int> origin;
     Qv::Box<int> box;
-    window->getPosition(origin);
-    window->getBox(box);
+    if (!root_window_frame(origin, box))
+        return position;
     return XY<int>(position.x - origin.x - box.x1, box.y2 - position.y + origin.y);
 }
