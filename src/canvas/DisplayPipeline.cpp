@@ -87,12 +87,17 @@ void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& render
     if (!touches)
         return;
     if (!canvas->lightweight && canvas->offscreenBuffer) {
-        XY<int> size;
-        canvas->offscreenBuffer->getSize(size);
+        // A shaped canvas shows only its shape: its buffer's corners are not on screen.
+        Qv::Ptr<iRegion> clip;
+        if (!canvas->shape()->isRectangular())
+            canvas->shape()->translated(clip, -origin.x, -origin.y);
+        renderer->setClip(clip);
         ImageDescription image(canvas->offscreenBuffer, XY<int>(shape_box.x1 - origin.x, shape_box.y1 - origin.y),
                                canvas->useAlphaChannel || canvas->opacity < 1.0);
         image.opacity = static_cast<float>(canvas->opacity);
         renderer->drawImages(&image, 1);
+        if (clip)
+            renderer->setClip(nullptr);
     }
     for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling)
         compose_subtree(child, renderer, origin, window_box);
@@ -141,12 +146,9 @@ void blit(Canvas* canvas, const RegionPtr& region)
     Qv::Ptr<iGraphicPrimitivesRenderer> scratch_renderer;
     if (!scratch->getRenderer(scratch_renderer, 1) || !scratch_renderer)
         return;
-    Canvas* root = canvas->getRootParent();
     const XY<int> origin(box.x1 + position.x, box.y1 + position.y);
-    const Qv::Box<int> window_box{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()};
-    tela_fill_root_background(root, scratch_renderer, TopDownRect{0, 0, box.width(), box.height()}, origin);
-    for (Canvas* child = root->oldestChild; child && child != canvas; child = child->youngerSibling)
-        compose_subtree(child, scratch_renderer, origin, window_box);
+    tela_compose_window_area(canvas->getRootParent(), scratch_renderer,
+                             Qv::Box<int>{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()}, canvas);
     // A canvas below full opacity blends whatever its buffer's alpha says.
     ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), TopDownRect{box.x1, box.y1, box.x2, box.y2},
                          canvas->useAlphaChannel || canvas->opacity < 1.0);
@@ -160,6 +162,17 @@ void blit(Canvas* canvas, const RegionPtr& region)
 }
 
 } // namespace
+
+void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer,
+                              const Qv::Box<int>& area, Canvas* stop)
+{
+    if (!root || !renderer)
+        return;
+    const XY<int> origin(area.x1, area.y1);
+    tela_fill_root_background(root, renderer, TopDownRect{0, 0, area.width(), area.height()}, origin);
+    for (Canvas* child = root->oldestChild; child && child != stop; child = child->youngerSibling)
+        compose_subtree(child, renderer, origin, area);
+}
 
 void tela_display_dirty_regions(Canvas* canvas)
 {

@@ -5,6 +5,8 @@
 // tree from back to front.
 
 #include "core/Ptr.h"
+#include "platform/Geometry.h"
+#include "platform/iGraphicPrimitivesRenderer.h"
 #include "platform/iRegion.h"
 
 class Canvas;
@@ -14,3 +16,9 @@ class Canvas;
 void tela_display_dirty_regions(Canvas* canvas);
 // Paints window region `region` of `canvas` on the host road.
 void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region);
+// Draws what the window shows over `area` (window coordinates) into a target
+// whose top-left pixel is the area's corner: the root's background, then the
+// root's children that touch the area, oldest first, each heavyweight one by
+// its buffer, up to but not including `stop` (null: all of them).
+void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer,
+                              const Qv::Box<int>& area, Canvas* stop);

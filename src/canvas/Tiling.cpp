@@ -1,5 +1,9 @@
 #include "canvas/Tiling.h"
 
+#include "canvas/Canvas.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/Coordinates.h"
+#include "canvas/UpdateTracking.h"
 #include "platform/GraphicPrimitives.h"
 
 #include <algorithm>
@@ -41,4 +45,51 @@ void tela_tile_image(const Qv::Ptr<iImage>& image, iGraphicPrimitivesRenderer& r
             renderer.drawImages(&piece, 1);
         }
     }
+}
+
+namespace {
+
+XY<int> phase_for(Canvas* canvas, const XY<int>& tile, const Qv::Box<double>& box, TextureRelativity relativity)
+{
+    if (relativity == eTextureParent && !canvas->parent)
+        relativity = eTextureCanvas;
+    const XY<int> corner(static_cast<int>(box.x1), static_cast<int>(box.y1));
+    switch (relativity) {
+    case eTextureCanvas:
+        return XY<int>(canvas->getX() % tile.x, canvas->getY() % tile.y);
+    case eTextureParent:
+        return XY<int>(corner.x - (canvas->getX() - canvas->parent->getX()) % tile.x,
+                       corner.y - (canvas->getY() - canvas->parent->getY()) % tile.y);
+    case eTextureGrid:
+        return XY<int>(corner.x / tile.x * tile.x, corner.y / tile.y * tile.y);
+    case eTextureBox:
+        return corner;
+    }
+    return XY<int>(0, 0);
+}
+
+} // namespace
+
+void tela_textureRect(Canvas* canvas, const Qv::Ptr<iImage>& image, const Qv::Box<double>* box,
+                      TextureRelativity relativity)
+{
+    if (!canvas || !image)
+        return;
+    XY<int> tile;
+    image->getSize(tile);
+    if (tile.x <= 0 || tile.y <= 0)
+        return;
+    const Qv::Box<double> area =
+        box ? *box : Qv::Box<double>{0, 0, static_cast<double>(canvas->getWidth()), static_cast<double>(canvas->getHeight())};
+    Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());
+    const XY<double> top_left = telaXYToWinXY(canvas, static_cast<int>(area.x1), static_cast<int>(area.y2));
+    const XY<double> bottom_right = telaXYToWinXY(canvas, static_cast<int>(area.x2), static_cast<int>(area.y1));
+    const TopDownRect dest{static_cast<int>(top_left.x), static_cast<int>(top_left.y), static_cast<int>(bottom_right.x),
+                           static_cast<int>(bottom_right.y)};
+    if (const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = canvdraw_canvas(canvas)->getOSRenderer())
+        tela_tile_image(image, *renderer, dest, phase_for(canvas, tile, area, relativity));
+    const int tx = static_cast<int>(canvas->matrix[0][2]);
+    const int ty = static_cast<int>(canvas->matrix[1][2]);
+    canvupd_mark_rect(canvas, static_cast<int>(area.x1) + tx, static_cast<int>(area.y1) + ty,
+                      static_cast<int>(area.x2) + tx, static_cast<int>(area.y2) + ty);
 }

@@ -13,3 +13,18 @@
 // image of no size draws nothing.
 void tela_tile_image(const Qv::Ptr<iImage>& image, iGraphicPrimitivesRenderer& renderer, const TopDownRect& dest,
                      const XY<int>& phase);
+
+class Canvas;
+
+// How the tiles of tela_textureRect line up.
+enum TextureRelativity : int {
+    eTextureCanvas = 0,   // with the canvas's own position
+    eTextureParent = 1,   // with the parent's position; as eTextureCanvas without a parent
+    eTextureGrid = 2,     // with whole tiles from the box's corner down to a tile boundary
+    eTextureBox = 3,      // with the box's corner
+};
+
+// Tiles `image` over a bottom-up box of the canvas (null: all of it) and
+// marks it. A null canvas or image, or an image of no width, does nothing.
+void tela_textureRect(Canvas* canvas, const Qv::Ptr<iImage>& image, const Qv::Box<double>* box,
+                      TextureRelativity relativity);

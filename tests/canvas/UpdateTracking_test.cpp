@@ -7,6 +7,8 @@
 #include "canvas/Mapping.h"
 #include "canvas/Picking.h"
 #include "canvas/PixelCopy.h"
+#include "canvas/ScreenGrab.h"
+#include "canvas/Tiling.h"
 #include "canvas/UpdateTracking.h"
 #include "canvas/Wipe.h"
 #include "colour/CurrentColour.h"
@@ -19,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <thread>
 
 namespace {
@@ -430,5 +433,37 @@ TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_throug
     canvupd_mark_all(c);
     EXPECT_EQ(client.areas.size(), 1u);
     EXPECT_NE(shown(20, 20), 0u);
+    tela_deletecanvas(c);
+}
+
+TEST_F(WindowFixture, tiles_and_reads_back_go_through_the_canvas_coordinates)
+{
+    Canvas* c = child(root, 10, 10, 40, 30, kBlue);
+    c->matrix[0][2] = 10; // placed where its shape is: 10 from the left, 70 up
+    c->matrix[1][2] = 70;
+    Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({3, 1});
+    const std::uint32_t stripes[3] = {kRed, kGreen, kBlue};
+    std::memcpy(tile->data(), stripes, sizeof stripes);
+    auto buffer = Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer);
+
+    // The canvas sits at x 10: its own grid starts one pixel into a tile.
+    tela_textureRect(c, tile, nullptr, eTextureCanvas);
+    EXPECT_EQ(buffer->pixelAt(0, 0), kGreen);
+    EXPECT_EQ(buffer->pixelAt(29, 19), kRed);  // the whole canvas is covered, to its last column
+    EXPECT_EQ(shown(10, 10), kGreen);          // and shown
+    tela_textureRect(c, tile, nullptr, eTextureBox);
+    EXPECT_EQ(buffer->pixelAt(0, 0), kRed);
+
+    // A bottom-up box of the canvas read back: its top-left is 5 in, 10 down.
+    buffer->fill(kBlue);
+    std::memcpy(buffer->data() + 10 * buffer->stride() + 5 * 4, &kRed, 4);
+    const Qv::Ptr<iImage> part = tela_getCanvasPixels(c, Qv::Box<double>{5, 5, 15, 10});
+    ASSERT_TRUE(part);
+    XY<int> size;
+    part->getSize(size);
+    EXPECT_EQ(size, (XY<int>{10, 5}));
+    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(0, 0), kRed);
+    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(1, 0), kBlue);
+    EXPECT_FALSE(tela_getCanvasPixels(nullptr, Qv::Box<double>{0, 0, 1, 1}));
     tela_deletecanvas(c);
 }
