@@ -1,8 +1,0 @@
-#include "input/MousePosition.h"
-
-#include "app/TelaState.h"
-
-XY<int> tela_getMousePos()
-{
-    return tela_state().lastMouseEvent.position;
-}
