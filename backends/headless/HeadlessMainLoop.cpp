@@ -120,11 +120,12 @@ void Headless::MainLoop::deliver(const Delivery& next)
     }
     case Kind::Tick:
         if (handler)
-            handler->handleEvent(TimerEvent { next.time });
+            handler->handleEvent(TimerEvent { {next.time} });
         return;
     case Kind::Wake:
-        if (handler)
-            handler->handleEvent(UserEvent {});
+        // A wake answered with eHandled closed the application's window.
+        if (handler && handler->handleEvent(UserEvent {}) == iEventHandler::eHandled)
+            stop();
         return;
     }
 }

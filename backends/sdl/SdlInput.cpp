@@ -4,25 +4,43 @@ std::uint32_t Sdl::modifierBits(std::uint16_t sdlModifiers)
 {
     std::uint32_t bits = 0;
     if (sdlModifiers & KMOD_SHIFT)
-        bits |= 0x1000000;
+        bits |= eKeyShift;
     if (sdlModifiers & KMOD_CTRL)
-        bits |= 0x2000000;
+        bits |= eKeyControl;
     if (sdlModifiers & KMOD_ALT)
-        bits |= 0x4000000;
+        bits |= eKeyAlt;
     if (sdlModifiers & KMOD_GUI)
-        bits |= 0x100000;
+        bits |= eKeyMeta;
     return bits;
 }
 
 namespace {
 
-std::int32_t button_number(std::uint8_t sdlButton)
+std::uint32_t button_bit(std::uint8_t sdlButton)
 {
     switch (sdlButton) {
-    case SDL_BUTTON_LEFT: return 1;
-    case SDL_BUTTON_MIDDLE: return 2;
-    case SDL_BUTTON_RIGHT: return 3;
+    case SDL_BUTTON_LEFT: return MouseEvent::eHeldLeft;
+    case SDL_BUTTON_MIDDLE: return MouseEvent::eHeldMiddle;
+    case SDL_BUTTON_RIGHT: return MouseEvent::eHeldRight;
     default: return 0;
+    }
+}
+
+std::uint32_t held_buttons(std::uint32_t sdlState)
+{
+    return (sdlState & SDL_BUTTON_LMASK ? MouseEvent::eHeldLeft : 0u) |
+           (sdlState & SDL_BUTTON_RMASK ? MouseEvent::eHeldRight : 0u) |
+           (sdlState & SDL_BUTTON_MMASK ? MouseEvent::eHeldMiddle : 0u);
+}
+
+// The up and down actions of a button, as (up, down).
+bool button_actions(std::uint8_t sdlButton, std::uint32_t& up, std::uint32_t& down)
+{
+    switch (sdlButton) {
+    case SDL_BUTTON_LEFT: up = MouseEvent::eLeftUp; down = MouseEvent::eLeftDown; return true;
+    case SDL_BUTTON_RIGHT: up = MouseEvent::eRightUp; down = MouseEvent::eRightDown; return true;
+    case SDL_BUTTON_MIDDLE: up = MouseEvent::eMiddleUp; down = MouseEvent::eMiddleDown; return true;
+    default: return false;
     }
 }
 
@@ -32,32 +50,32 @@ bool Sdl::toMouseEvent(const SDL_Event& event, MouseEvent& out)
 {
     out = MouseEvent {};
     out.time = event.common.timestamp;
-    out.modifiers = modifierBits(static_cast<std::uint16_t>(SDL_GetModState()));
     switch (event.type) {
     case SDL_MOUSEMOTION:
-        out.type = 0;
-        out.position = XY<int> { event.motion.x, event.motion.y };
+        out.action = MouseEvent::eMove;
+        out.pos = XY<int> { event.motion.x, event.motion.y };
+        out.heldButtons = held_buttons(event.motion.state);
         return true;
     case SDL_MOUSEBUTTONDOWN:
-    case SDL_MOUSEBUTTONUP:
-        out.type = event.type == SDL_MOUSEBUTTONDOWN ? 1 : 2;
-        out.button = button_number(event.button.button);
-        out.position = XY<int> { event.button.x, event.button.y };
+    case SDL_MOUSEBUTTONUP: {
+        std::uint32_t up = 0, down = 0;
+        if (!button_actions(event.button.button, up, down))
+            return false;
+        out.action = event.type == SDL_MOUSEBUTTONDOWN ? down : up;
+        out.pos = XY<int> { event.button.x, event.button.y };
+        // SDL's state already counts the change; the record leaves it out.
+        out.heldButtons = held_buttons(SDL_GetMouseState(nullptr, nullptr)) & ~button_bit(event.button.button);
         return true;
+    }
     case SDL_MOUSEWHEEL: {
-        out.type = 3;
+        out.action = MouseEvent::eWheel;
         int x = 0, y = 0;
-        SDL_GetMouseState(&x, &y);
-        out.position = XY<int> { x, y };
+        out.heldButtons = held_buttons(SDL_GetMouseState(&x, &y));
+        out.pos = XY<int> { x, y };
         const int steps = event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -event.wheel.y : event.wheel.y;
         out.wheelDelta = steps * 120; // one notch, as desktop wheels count it
         return true;
     }
-    case SDL_WINDOWEVENT:
-        if (event.window.event != SDL_WINDOWEVENT_LEAVE)
-            return false;
-        out.type = 4;
-        return true;
     default:
         return false;
     }
@@ -68,9 +86,12 @@ bool Sdl::toKeyEvent(const SDL_Event& event, KeyEvent& out)
     if (event.type != SDL_KEYDOWN && event.type != SDL_KEYUP)
         return false;
     out = KeyEvent {};
-    out.key = static_cast<std::uint32_t>(event.key.keysym.sym);
+    out.time = event.common.timestamp;
+    const auto sym = static_cast<std::uint32_t>(event.key.keysym.sym);
+    // SDL gives characters as themselves and other keys with its scan code
+    // bit; the library wants those marked as no character.
+    out.keyCode = (sym & SDLK_SCANCODE_MASK) ? ((sym & 0xFFFFu) | eKeyNotCharacter) : sym;
     out.modifiers = modifierBits(event.key.keysym.mod);
-    out.pressed = event.type == SDL_KEYDOWN;
-    out.repeat = event.key.repeat != 0;
+    out.action = event.type == SDL_KEYDOWN ? KeyEvent::ePress : KeyEvent::eRelease;
     return true;
 }

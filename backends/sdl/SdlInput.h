@@ -11,12 +11,13 @@ namespace Sdl {
 // 0x4000000 alt, 0x100000 meta) for SDL's.
 std::uint32_t modifierBits(std::uint16_t sdlModifiers);
 
-// Mouse motion, buttons, wheel, and the pointer leaving the window; false for
-// any other event.
+// Mouse motion, buttons and wheel; false for any other event, and for
+// buttons beyond the third.
 bool toMouseEvent(const SDL_Event& event, MouseEvent& out);
 
 // Key presses and releases. Printable keys arrive as their character (SDL's
-// key codes are the characters for those), the others as SDL's key code.
+// key codes are the characters for those), the others as SDL's key value
+// marked eKeyNotCharacter. Auto-repeat arrives as further presses.
 bool toKeyEvent(const SDL_Event& event, KeyEvent& out);
 
 } // namespace Sdl

@@ -18,21 +18,21 @@ void deliver_window_event(Sdl::RootWindow& window, const SDL_WindowEvent& change
 {
     const Qv::Ptr<iEventHandler> handler = window.eventHandler();
     WindowEvent event;
+    event.time = SDL_GetTicks();
     switch (change.event) {
     case SDL_WINDOWEVENT_SIZE_CHANGED:
         window.resized({change.data1, change.data2});
-        event.type = WindowEvent::eResized;
-        event.size = XY<int> { change.data1, change.data2 };
+        event.kind = WindowEvent::eSizeChanged;
         break;
-    case SDL_WINDOWEVENT_MOVED:
-        event.type = WindowEvent::eMoved;
-        event.position = XY<int> { change.data1, change.data2 };
-        break;
-    case SDL_WINDOWEVENT_FOCUS_GAINED: event.type = WindowEvent::eFocusGained; break;
-    case SDL_WINDOWEVENT_FOCUS_LOST: event.type = WindowEvent::eFocusLost; break;
-    case SDL_WINDOWEVENT_MINIMIZED: event.type = WindowEvent::eMinimised; break;
-    case SDL_WINDOWEVENT_RESTORED: event.type = WindowEvent::eRestored; break;
-    case SDL_WINDOWEVENT_CLOSE: event.type = WindowEvent::eCloseRequest; break;
+    case SDL_WINDOWEVENT_MOVED: event.kind = WindowEvent::ePositionChanged; break;
+    case SDL_WINDOWEVENT_FOCUS_GAINED: event.kind = WindowEvent::eFocusGained; break;
+    case SDL_WINDOWEVENT_FOCUS_LOST: event.kind = WindowEvent::eFocusLost; break;
+    // Minimising and restoring change what the window shows; the library
+    // looks at the window's state itself.
+    case SDL_WINDOWEVENT_MINIMIZED:
+    case SDL_WINDOWEVENT_RESTORED: event.kind = WindowEvent::eResized; break;
+    case SDL_WINDOWEVENT_CLOSE: event.kind = WindowEvent::eCloseRequest; break;
+    case SDL_WINDOWEVENT_LEAVE: event.kind = WindowEvent::ePointerLeft; break;
     case SDL_WINDOWEVENT_EXPOSED:
         // The screen lost what the window showed: all of it is to be painted.
         window.invalidate(nullptr);
@@ -170,8 +170,10 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
 
     const EventTypes& types = eventTypes();
     if (event.type == types.wake) {
-        for (std::uint64_t wakes = window->takeWakes(); wakes > 0 && handler; --wakes)
-            handler->handleEvent(UserEvent {});
+        // A wake answered with eHandled closed the application's window.
+        for (std::uint64_t wakes = window->takeWakes(); wakes > 0 && handler && !m_quit; --wakes)
+            if (handler->handleEvent(UserEvent {}) == iEventHandler::eHandled)
+                m_quit = true;
         return;
     }
     if (event.type == types.paint) {
@@ -182,7 +184,7 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
     }
     if (event.type == types.tick) {
         if (handler)
-            handler->handleEvent(TimerEvent { event.common.timestamp });
+            handler->handleEvent(TimerEvent { {event.common.timestamp} });
         return;
     }
     MouseEvent mouse;

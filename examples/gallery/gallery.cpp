@@ -68,9 +68,10 @@ public:
     }
     eRC handleEvent(const WindowEvent& event) override
     {
-        if (event.type == WindowEvent::eResized && root)
+        const bool resized = event.kind == WindowEvent::eSizeChanged || event.kind == WindowEvent::eResized;
+        if (resized && root)
             root->reshapeToWindow();
-        if (event.type == WindowEvent::eCloseRequest)
+        if (event.kind == WindowEvent::eCloseRequest)
             OS()->windowing()->shutdownMessageLoop();
         return eHandled;
     }

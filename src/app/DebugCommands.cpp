@@ -6,7 +6,7 @@
 #include "canvas/UpdateTracking.h"
 #include "core/Commands.h"
 #include "core/Log.h"
-#include "input/MouseReset.h"
+#include "input/MouseState.h"
 
 namespace {
 

@@ -43,6 +43,7 @@ public:
 
     Canvas* captureCanvas = nullptr;      // the canvas holding the mouse
     std::uint32_t clickState = 0;
+    bool chordActive = false;             // from a chord until every button is up
     bool rootTextureChangeEnabled = false;
     Qv::Ptr<iPeriodicTimer> tickTimer;
     Qv::List<Qv::Ptr<iObject>> deferredReleases;

@@ -66,7 +66,7 @@ void tela_deletecanvas(Canvas* canvas)
     if (state.currentMouseCanvas == canvas) {
         if (!canvas->isRoot()) {
             const MouseEvent& last = state.lastMouseEvent;
-            state.currentMouseCanvas = canvas_pick(root, last.position);
+            state.currentMouseCanvas = canvas_pick(root, last.pos);
         }
         // Whatever the pick found, the stored value is dropped: callers rely on it.
         state.currentMouseCanvas = nullptr;

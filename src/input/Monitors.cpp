@@ -3,7 +3,7 @@
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
 #include "core/Config.h"
-#include "input/MousePosition.h"
+#include "input/MouseState.h"
 #include "platform/OS.h"
 
 #include <algorithm>

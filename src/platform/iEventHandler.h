@@ -4,6 +4,8 @@
 #include "core/Ptr.h"
 #include "platform/OSEvents.h"
 
+// Handlers answer eNotHandled, except that eHandled from a UserEvent means
+// the application's window is closing: the main loop then ends.
 class iEventHandler : public iObject {
 public:
     enum eRC : std::int32_t { eNotHandled = 0, eHandled = 1 };

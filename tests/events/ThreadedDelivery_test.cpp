@@ -70,7 +70,7 @@ public:
             if (m_delivered.fetch_add(1, std::memory_order_release) + 1 == m_total)
                 OS()->windowing()->shutdownMessageLoop();
         }
-        return eHandled;
+        return eNotHandled;
     }
 
 private:

@@ -114,7 +114,7 @@ TEST_F(Ticks, a_headless_window_timer_ticks_by_the_clock_until_released)
 {
     struct TickSink final : WakeSink {
         eRC handleEvent(const UserEvent&) override { return eNotHandled; }
-        eRC handleEvent(const TimerEvent& event) override { times.push_back(event.milliseconds); return eHandled; }
+        eRC handleEvent(const TimerEvent& event) override { times.push_back(event.time); return eHandled; }
         using WakeSink::handleEvent;
         std::vector<std::uint32_t> times;
     };

@@ -20,7 +20,7 @@ public:
     {
         if (++m_seen == m_expected)
             OS()->windowing()->shutdownMessageLoop();
-        return eHandled;
+        return eNotHandled;
     }
 
     std::uint64_t seen() const { return m_seen; }

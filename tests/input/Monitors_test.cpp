@@ -86,10 +86,10 @@ TEST_F(Desktop, panels_go_on_the_mouses_screen_and_stay_inside_the_window)
     RootCanvas* root = tela_createRootCanvas(args);
     ASSERT_NE(root, nullptr);
 
-    tela_state().lastMouseEvent.position = {1000, 400}; // on the second screen
+    tela_state().lastMouseEvent.pos = {1000, 400}; // on the second screen
     // Centred on the part of the window there: x 500 to 2000 of the window.
     EXPECT_EQ(tela_getPosForWindow(XY<int>{300, 200}), (XY<int>{500 + (1500 - 300) / 2, 300}));
-    tela_state().lastMouseEvent.position = {100, 400}; // on the first: 500 wide
+    tela_state().lastMouseEvent.pos = {100, 400}; // on the first: 500 wide
     EXPECT_EQ(tela_getPosForWindow(XY<int>{300, 200}).x, (500 - 300) / 2);
     // Too wide for the first screen's part: beside it, on the right.
     EXPECT_EQ(tela_getPosForWindow(XY<int>{600, 200}).x, 500);
