@@ -3,11 +3,14 @@
 
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/RootAppearance.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
+#include "events/Event.h"
 #include "events/EventQueue.h"
+#include "input/RootWindowEventHandler.h"
 #include "vector/Regions.h"
 
 #include "headless/HostImage.h"
@@ -180,4 +183,70 @@ TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_
     XY<int> frame;
     window->frame()->getSize(frame);
     EXPECT_EQ(frame, size);
+}
+
+namespace {
+
+class ClickRecorder final : public CanvasClient {
+public:
+    eResult handleEvent(const Event& event) override
+    {
+        types.push_back(event.type);
+        return eNotHandled;
+    }
+    std::vector<std::uint32_t> types;
+};
+
+} // namespace
+
+TEST(SdlApplication, a_click_reaches_the_canvas_and_closing_the_window_ends_the_loop)
+{
+    ASSERT_TRUE(Sdl::install());
+    iRootWindow::InitArgs args;
+    args.size = {160, 120};
+    args.flags = iRootWindow::InitArgs::eTitleBar;
+    args.eventHandler = Qv::make<RootWindowEventHandler>();
+    RootCanvas* root = tela_createRootCanvas(args);
+    ASSERT_NE(root, nullptr);
+    const auto client = Qv::make<ClickRecorder>();
+    Canvas* c = tela_newcanvas(client.get(), root);
+    c->shape(region_mkrect(TopDownRect{20, 30, 60, 50}));
+
+    // The queue drops mouse events that waited across three seconds without
+    // a receive; a loop that has just asked for one is alive.
+    event_free(event_receive());
+    const std::uint32_t id = Qv::dynamicCast<Sdl::RootWindow>(root->window)->windowId();
+    for (const std::uint32_t type : {SDL_MOUSEBUTTONDOWN, SDL_MOUSEBUTTONUP}) {
+        SDL_Event click {};
+        click.type = type;
+        click.button.windowID = id;
+        click.button.button = SDL_BUTTON_LEFT;
+        click.button.x = 25;
+        click.button.y = 35;
+        SDL_PushEvent(&click);
+    }
+    SDL_Event close {};
+    close.type = SDL_WINDOWEVENT;
+    close.window.windowID = id;
+    close.window.event = SDL_WINDOWEVENT_CLOSE;
+    SDL_PushEvent(&close);
+
+    // Should the close request be lost, the loop is ended from outside, and
+    // the test fails rather than hangs.
+    std::atomic<bool> ended { false }, forced { false };
+    std::thread watchdog([&] {
+        for (int waited = 0; waited < 1000 && !ended; ++waited)
+            SDL_Delay(10);
+        if (!ended) {
+            forced = true;
+            Sdl::services().windowing()->shutdownMessageLoop();
+        }
+    });
+    Sdl::services().windowing()->runMessageLoop();
+    ended = true;
+    watchdog.join();
+    EXPECT_FALSE(forced);
+    EXPECT_EQ(client->types, (std::vector<std::uint32_t>{0x122, 0x121}));
+    tela_deletecanvas(root);
+    Sdl::services().windowing()->pumpPending();
 }
