@@ -9,7 +9,7 @@
 void Headless::MainLoop::registerWindow(RootWindow* window)
 {
     std::lock_guard lock(m_mutex);
-    m_windows.push_back(WindowWakes { window, 0 });
+    m_windows.push_back(WindowWakes { window, 0, false, {} });
 }
 
 void Headless::MainLoop::unregisterWindow(RootWindow* window)
@@ -38,6 +38,18 @@ void Headless::MainLoop::wake(RootWindow* window)
     m_woken.notify_one();
 }
 
+void Headless::MainLoop::script(RootWindow* window, const ScriptedInput& input)
+{
+    {
+        std::lock_guard lock(m_mutex);
+        WindowWakes* entry = find(window);
+        if (!entry)
+            return;
+        entry->input.push_back(input);
+    }
+    m_woken.notify_one();
+}
+
 void Headless::MainLoop::schedulePaint(RootWindow* window)
 {
     {
@@ -57,15 +69,22 @@ bool Headless::MainLoop::take(Delivery& next)
         if (entry.pending == 0)
             continue;
         --entry.pending;
-        next = Delivery { entry.window, Kind::Wake };
+        next = Delivery { entry.window, Kind::Wake, 0, {} };
         m_next_window = (m_next_window + step + 1) % m_windows.size();
+        return true;
+    }
+    for (WindowWakes& entry : m_windows) {
+        if (entry.input.empty())
+            continue;
+        next = Delivery { entry.window, Kind::Input, 0, entry.input.front() };
+        entry.input.pop_front();
         return true;
     }
     for (WindowWakes& entry : m_windows) {
         if (!entry.paint)
             continue;
         entry.paint = false;
-        next = Delivery { entry.window, Kind::Paint };
+        next = Delivery { entry.window, Kind::Paint, 0, {} };
         return true;
     }
     const std::uint64_t now = msecsNow();
@@ -73,7 +92,7 @@ bool Headless::MainLoop::take(Delivery& next)
         if (timer.due > now)
             continue;
         timer.due = now + timer.period;
-        next = Delivery { timer.window, Kind::Tick, static_cast<std::uint32_t>(now) };
+        next = Delivery { timer.window, Kind::Tick, static_cast<std::uint32_t>(now), {} };
         return true;
     }
     return false;
@@ -118,6 +137,15 @@ void Headless::MainLoop::deliver(const Delivery& next)
             handler->handleEvent(paint);
         return;
     }
+    case Kind::Input:
+        if (handler)
+            std::visit([&handler](auto report) {
+                // Unstamped reports happen now, by the loop's clock.
+                if (report.time == 0)
+                    report.time = static_cast<std::uint32_t>(msecsNow());
+                handler->handleEvent(report);
+            }, next.input);
+        return;
     case Kind::Tick:
         if (handler)
             handler->handleEvent(TimerEvent { {next.time} });

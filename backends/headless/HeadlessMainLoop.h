@@ -16,10 +16,12 @@
 #pragma once
 
 #include "core/Memory.h"
+#include "platform/OSEvents.h"
 
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <variant>
 
 namespace Headless {
 
@@ -35,6 +37,11 @@ public:
     std::uint64_t addTimer(RootWindow* window, std::uint32_t period);
     void removeTimer(std::uint64_t id);
 
+    // A scripted report for the window's handler, delivered in order after the
+    // wakes pending when its turn comes, as a window system delivers input.
+    using ScriptedInput = std::variant<MouseEvent, KeyEvent, WindowEvent>;
+    void script(RootWindow* window, const ScriptedInput& input);
+
     // Runs until stop(); returns 0. Called on the main thread.
     int run();
     // Asks run() to return once the handler now running is done. Any thread.
@@ -48,6 +55,7 @@ private:
         RootWindow* window;
         std::uint64_t pending;
         bool paint = false;
+        Qv::Deque<ScriptedInput> input;
     };
     struct Timer {
         std::uint64_t id;
@@ -55,17 +63,18 @@ private:
         std::uint32_t period;
         std::uint64_t due;
     };
-    enum class Kind { Wake, Paint, Tick };
+    enum class Kind { Wake, Input, Paint, Tick };
     struct Delivery {
         RootWindow* window = nullptr;
         Kind kind = Kind::Wake;
         std::uint32_t time = 0;
+        ScriptedInput input;
     };
 
     // The entry of a registered window; null for any other. Called with m_mutex held.
     WindowWakes* find(RootWindow* window);
-    // Takes one pending wake, else one paint, else one due tick; false when
-    // there is none.
+    // Takes one pending wake, else one scripted report, else one paint, else
+    // one due tick; false when there is none.
     // Called with m_mutex held.
     bool take(Delivery& next);
     void deliver(const Delivery& next);

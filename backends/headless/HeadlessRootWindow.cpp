@@ -58,7 +58,26 @@ bool Headless::RootWindow::initWindow(const InitArgs& args)
     if (args.size.x > 0 && args.size.y > 0)
         setSize(args.size);
     m_initialised = true;
+    // The window is up: its handler hears so once the loop runs.
+    WindowEvent ready;
+    ready.kind = WindowEvent::eInitialise;
+    script(ready);
     return static_cast<bool>(m_pixels);
+}
+
+void Headless::RootWindow::script(const MouseEvent& report)
+{
+    services().windowing()->mainLoop().script(this, report);
+}
+
+void Headless::RootWindow::script(const KeyEvent& report)
+{
+    services().windowing()->mainLoop().script(this, report);
+}
+
+void Headless::RootWindow::script(const WindowEvent& report)
+{
+    services().windowing()->mainLoop().script(this, report);
 }
 
 void Headless::RootWindow::postWake()

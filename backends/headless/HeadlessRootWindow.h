@@ -56,6 +56,11 @@ public:
     void setMaximised(bool maximised) { m_maximised = maximised; }
     void setDisplayLocation(iImageBase::eLocation location) { m_location = location; }
 
+    // Scripted input, delivered by the main loop in order (see MainLoop::script).
+    void script(const MouseEvent& report);
+    void script(const KeyEvent& report);
+    void script(const WindowEvent& report);
+
     // What tests read
     std::int32_t mode() const { return m_mode; }
     bool initialised() const { return m_initialised; }

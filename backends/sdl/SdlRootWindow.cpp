@@ -92,6 +92,11 @@ bool Sdl::RootWindow::initWindow(const InitArgs& args)
     if (args.eventHandler)
         m_handler = args.eventHandler;
     services().windowing()->registerWindow(this);
+    // The handler hears that the window is up once the loop runs.
+    SDL_Event ready {};
+    ready.type = eventTypes().initialise;
+    ready.user.windowID = m_window_id;
+    SDL_PushEvent(&ready);
     // Wakes posted before the window existed had no window to go to.
     if (m_pending_wakes.load() != 0) {
         SDL_Event event {};

@@ -66,13 +66,13 @@ bool Sdl::install()
         murl_printf("SDL cannot start: %s\n", SDL_GetError());
         return false;
     }
-    const std::uint32_t first = SDL_RegisterEvents(3);
+    const std::uint32_t first = SDL_RegisterEvents(4);
     if (first == static_cast<std::uint32_t>(-1)) {
         murl_printf("SDL has no room for the platform's events\n");
         SDL_Quit();
         return false;
     }
-    registered_types = EventTypes { first, first + 1, first + 2 };
+    registered_types = EventTypes { first, first + 1, first + 2, first + 3 };
     if (!Tela::installOSServices(&services())) {
         murl_printf("SDL platform not installed: another platform is in use\n");
         SDL_Quit();
@@ -174,6 +174,14 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
         for (std::uint64_t wakes = window->takeWakes(); wakes > 0 && handler && !m_quit; --wakes)
             if (handler->handleEvent(UserEvent {}) == iEventHandler::eHandled)
                 m_quit = true;
+        return;
+    }
+    if (event.type == types.initialise) {
+        WindowEvent ready;
+        ready.time = event.common.timestamp;
+        ready.kind = WindowEvent::eInitialise;
+        if (handler)
+            handler->handleEvent(ready);
         return;
     }
     if (event.type == types.paint) {

@@ -33,6 +33,7 @@ struct EventTypes {
     std::uint32_t wake = 0;   // user.windowID: the window whose wakes are due
     std::uint32_t paint = 0;  // the window has regions to repaint
     std::uint32_t tick = 0;   // user.code: the timer's period
+    std::uint32_t initialise = 0; // the window has come up
 };
 const EventTypes& eventTypes();
 

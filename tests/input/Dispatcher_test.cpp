@@ -5,6 +5,7 @@
 #include "core/Commands.h"
 #include "core/KeybindingManager.h"
 #include "events/FilterStack.h"
+#include "headless/HeadlessServices.h"
 
 #include <thread>
 
@@ -220,4 +221,21 @@ TEST_F(Dispatcher, drag_reports_from_another_thread_collapse_into_one_delivery_o
     EXPECT_EQ(drops->calls[0].files, 1u);
     EXPECT_EQ(drops->calls[0].pos, (XY<int>{9, 70})); // the latest, in library coordinates
     EXPECT_EQ(tela_getMousePos(), (XY<int>{9, 70}));
+}
+
+TEST_F(Dispatcher, scripted_reports_reach_canvases_through_the_loop_each_after_the_wakes_before_it)
+{
+    Qv::Ptr<RecordingClient> a;
+    event_set_kbd_focus(child(10, 10, 60, 60, &a));
+    MouseEvent press;
+    press.action = MouseEvent::eLeftDown;
+    press.pos = {20, 20};
+    window->script(press);
+    press.action = MouseEvent::eLeftUp;
+    window->script(press);
+    KeyEvent key;
+    key.keyCode = 'k';
+    window->script(key);
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(a->types, (std::vector<std::uint32_t>{0x122, 0x121, 0x200}));
 }
