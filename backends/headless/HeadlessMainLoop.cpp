@@ -160,6 +160,12 @@ void Headless::MainLoop::deliver(const Delivery& next)
 
 int Headless::MainLoop::run()
 {
+    {
+        // A stop asked for while no loop ran (the library's shut-down after
+        // the loop ended, say) is not meant for this one.
+        std::lock_guard lock(m_mutex);
+        m_stop_requested = false;
+    }
     for (;;) {
         Delivery next;
         {

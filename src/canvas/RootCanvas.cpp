@@ -137,6 +137,16 @@ void RootCanvas::reshapeToWindow()
     }
 }
 
+void tela_restart_tick()
+{
+    TelaState& state = tela_state();
+    state.tickTimer = nullptr; // released first: one tick at a time
+    Canvas* const first = tela_rootcanvas();
+    Qv::Ptr<iPeriodicTimer> tick;
+    if (first && first->window && first->window->createPeriodicTimer(tick, tela_tick_interval()))
+        state.tickTimer = tick;
+}
+
 void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler)
 {
     tela_state().rootWindows.push_back(RootWindowRec(root, handler, tela_window_colour_preference()));
@@ -159,12 +169,8 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
     tela_setcanvas(root);
     tela_root_row(root)->wallpaperProvider = args.wallpaper;
     tela_refresh_wallpaper(root);
-    // The library's one periodic tick comes from the first root's window.
-    if (!tela_state().tickTimer) {
-        Qv::Ptr<iPeriodicTimer> tick;
-        if (window->createPeriodicTimer(tick, tela_tick_interval()))
-            tela_state().tickTimer = tick;
-    }
+    if (!tela_state().tickTimer)
+        tela_restart_tick();
     // The rounded shapes are drawn by shaders on a composited window; finding
     // them now keeps the first frame from stalling on it.
     if (window->displayLocation() == iImageBase::eGPU) {

@@ -42,6 +42,10 @@ private:
 // chose last.
 void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler);
 
+// The library's one periodic tick, from the first root's window, started
+// afresh (the first root's window is what its events go to).
+void tela_restart_tick();
+
 // Makes the window and its root canvas, which takes the keyboard focus and
 // becomes the current canvas; the window's events go to args.eventHandler.
 // Null when the window cannot be made.
