@@ -37,8 +37,8 @@ tsan: deps
 
 test: test-release test-asan tsan
 
-# No window backend yet: the gallery paints on the headless platform and
-# writes one screenshot per display road.
+# The gallery opens a window when there is a display; without one it plays a
+# scripted session on the headless platform and writes screenshots.
 demo: build
 	@mkdir -p $(BUILD)/screenshots
 	$(BUILD)/release/examples/gallery/gallery $(BUILD)/screenshots

@@ -1,34 +1,50 @@
-// The gallery: what Tela can show so far. With a display it opens a window
-// (close it to end); without one, or with TELA_BACKEND=headless, it paints
-// on the headless platform and writes screenshots, one per display road.
+// The gallery: what Tela can show so far, as a program on Tela::Application.
+// The sidebar's entries are picked by clicking or with the up and down keys,
+// the cards change colour when clicked, and a marker runs along the status
+// bar on the library's tick.
+//
+// With a display it opens a window (close it to end). Without one, or with
+// TELA_BACKEND=headless, it plays a short scripted session on the headless
+// platform and writes what the window showed before and after it.
 //
 // Usage: gallery [directory for screenshots]   (default: the current directory)
 
+#include "app/Application.h"
+#include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
 #include "canvas/CanvasGeometry.h"
 #include "canvas/CanvasTree.h"
-#include "canvas/CanvasWalk.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
 #include "canvas/Wipe.h"
 #include "colour/CurrentColour.h"
+#include "events/Deferred.h"
+#include "events/Event.h"
 #include "events/EventQueue.h"
+#include "events/EventTimeServer.h"
+#include "input/RootWindowEventHandler.h"
 #include "vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
 #include "platform/OS.h"
-#include "platform/iWindowingService.h"
 #include "sdl/SdlServices.h"
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace {
 
 constexpr int kWidth = 640, kHeight = 400;
+constexpr int kSidebarEntries = 6;
+// Arrow keys, as the platforms report them: key values that are no characters.
+constexpr std::uint32_t kKeyDown = 0x51 | eKeyNotCharacter;
+constexpr std::uint32_t kKeyUp = 0x52 | eKeyNotCharacter;
 
 // Packed device colours: red in the low byte.
 int packed(int red, int green, int blue)
@@ -36,11 +52,19 @@ int packed(int red, int green, int blue)
     return red | green << 8 | blue << 16;
 }
 
+void fill(Canvas* c, int colour)
+{
+    tela_setcanvas(c);
+    tela_setcolour(colour);
+    tela_wipecanvas();
+}
+
 // A heavyweight canvas at a window rectangle, shaped by `outline` (in its own
 // box) when given, cleared to a colour through the drawing state.
-Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colour, RegionPtr outline = {})
+Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colour, RegionPtr outline = {},
+              CanvasClient* client = nullptr)
 {
-    Canvas* c = tela_newcanvas(nullptr, parent);
+    Canvas* c = tela_newcanvas(client, parent);
     c->matrix[0][2] = left;
     c->matrix[1][2] = kHeight - top - height;
     c->inverseMatrix[0][2] = -left;
@@ -48,41 +72,18 @@ Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colo
     c->shape(outline ? region_translate(outline, left, -top)
                      : region_mkrect(TopDownRect{left, top, left + width, top + height}));
     c->reshape({width, height});
-    tela_setcanvas(c);
-    tela_setcolour(colour);
-    tela_wipecanvas();
+    fill(c, colour);
     return c;
 }
 
-// The window's events: paint requests repaint the root, a new size reshapes
-// it, closing ends the loop; the rest waits for the library's own handler.
-class WindowEvents final : public iEventHandler {
+// A client that hands the events it is given to a function.
+class Reacting final : public CanvasClient {
 public:
-    RootCanvas* root = nullptr;
+    explicit Reacting(std::function<bool(const Event&)> react) : m_react(std::move(react)) {}
+    eResult handleEvent(const Event& event) override { return m_react(event) ? eHandled : eNotHandled; }
 
-    eRC handleEvent(const PaintEvent& event) override
-    {
-        if (root)
-            root->display(event.region);
-        return eHandled;
-    }
-    eRC handleEvent(const WindowEvent& event) override
-    {
-        const bool resized = event.kind == WindowEvent::eSizeChanged || event.kind == WindowEvent::eResized;
-        if (resized && root)
-            root->reshapeToWindow();
-        if (event.kind == WindowEvent::eCloseRequest)
-            OS()->windowing()->shutdownMessageLoop();
-        return eHandled;
-    }
-    eRC handleEvent(const UserEvent&) override { return eNotHandled; }
-    eRC handleEvent(const CursorEvent&) override { return eNotHandled; }
-    eRC handleEvent(const FileDragDropEvent&) override { return eNotHandled; }
-    eRC handleEvent(const UnhandledOSEvent&) override { return eNotHandled; }
-    eRC handleEvent(const InterProcessEvent&) override { return eNotHandled; }
-    eRC handleEvent(const TimerEvent&) override { return eNotHandled; }
-    eRC handleEvent(const KeyEvent&) override { return eNotHandled; }
-    eRC handleEvent(const MouseEvent&) override { return eNotHandled; }
+private:
+    std::function<bool(const Event&)> m_react;
 };
 
 // A quiet backdrop: 24 x 24 tiles of diagonal stripes in two dark greys.
@@ -102,91 +103,178 @@ public:
     }
 };
 
-RootCanvas* open_window()
-{
-    const auto events = Qv::make<WindowEvents>();
-    iRootWindow::InitArgs args;
-    args.size = {kWidth, kHeight};
-    args.wallpaper = Qv::make<StripedWallpaper>();
-    args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
-    args.eventHandler = events;
-    args.title = WString(u"Tela gallery");
-    RootCanvas* root = tela_createRootCanvas(args);
-    if (!root)
-        return nullptr;
-    events->root = root;
+// The gallery's window and what lives in it.
+class Gallery final : public Tela::Application {
+public:
+    explicit Gallery(std::string screenshots)
+        : Application(WString(u"Tela gallery"), WString(u"0.1")), m_screenshots(std::move(screenshots))
     {
+        iRootWindow::InitArgs args;
+        args.size = {kWidth, kHeight};
+        args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
+        args.title = WString(u"Tela gallery");
+        // The library's full dispatcher (key bindings, intercept filters)
+        // takes over once start-up is over.
+        args.eventHandler = Qv::make<RootWindowEventHandler>();
+        setWindowDescription(args);
+        setWallpaper(Qv::make<StripedWallpaper>());
+        setBackgroundInitRequired(true);
+    }
+
+    ~Gallery() override
+    {
+        if (m_script)
+            EventTimeServer::instance().deRegisterForTimeEvents(m_script.get());
+    }
+
+    int failures() const { return m_failures; }
+
+protected:
+    void initComplete() override
+    {
+        Application::initComplete();
+        build();
+        if (auto window = headless_window()) {
+            snapshot(*window, "gallery-1-start.png");
+            play_script(*window);
+        }
+    }
+
+private:
+    // The client objects live as long as the program; the canvases go with the window.
+    CanvasClient* client(std::function<bool(const Event&)> react)
+    {
+        m_clients.push_back(Qv::make<Reacting>(std::move(react)));
+        return m_clients.back().get();
+    }
+
+    void build()
+    {
+        Canvas* root = tela_rootcanvas();
         Tela::UpdateDeferrer deferrer(nullptr, true);
-        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(22, 24, 28));
-        for (int i = 0; i < 6; ++i)
-            panel(sidebar, 12, 16 + i * 44, 136, 32, i == 2 ? packed(70, 120, 220) : packed(60, 66, 78),
-                  makeCurvedRegion({136, 32}, 15, eSmallCorners));
-        Canvas* content = panel(root, 176, 16, 448, 260, packed(250, 250, 252),
-                                makeCurvedRegion({448, 260}, 15, eLargeCorners));
-        panel(content, 200, 40, 190, 110, packed(230, 90, 70));
-        panel(content, 410, 40, 190, 110, packed(80, 180, 120));
-        panel(content, 200, 166, 400, 90, packed(90, 130, 210));
+        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(22, 24, 28), {}, client([this](const Event& e) {
+            if (!isKeyPressEvent(e) || (e.keyCode() != kKeyDown && e.keyCode() != kKeyUp))
+                return false;
+            select((m_selected + (e.keyCode() == kKeyDown ? 1 : kSidebarEntries - 1)) % kSidebarEntries);
+            return true;
+        }));
+        for (int i = 0; i < kSidebarEntries; ++i)
+            m_entries.push_back(panel(sidebar, 12, 16 + i * 44, 136, 32, entry_colour(i),
+                                      makeCurvedRegion({136, 32}, 15, eSmallCorners), client([this, i](const Event& e) {
+                                          if (mouse_down_event(e) && mouse_left_event(e))
+                                              select(i);
+                                          return mouse_event(e);
+                                      })));
+        event_set_kbd_focus(sidebar); // the arrow keys move the selection
+
+        Canvas* content = panel(root, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
+        const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
+        for (int i = 0; i < 3; ++i) {
+            const int* box = card_boxes[i];
+            m_cards.push_back(panel(content, box[0], box[1], box[2], box[3], card_colours[i], {},
+                                    client([this, i, colour = card_colours[i]](const Event& e) {
+                                        if (mouse_down_event(e) && mouse_left_event(e)) {
+                                            m_card_lit[i] = !m_card_lit[i];
+                                            fill(m_cards[i], m_card_lit[i] ? packed(250, 200, 60) : colour);
+                                        }
+                                        return mouse_event(e);
+                                    })));
+        }
         Canvas* glass = panel(root, 300, 200, 260, 150, packed(255, 255, 255));
         glass->setOpacity(0.6);
-        Canvas* status = panel(root, 176, 292, 448, 92, packed(60, 66, 78),
-                               makeCurvedRegion({448, 92}, 15, eLargeCorners));
-        tela_translatecanvas(status, 0, 0);
+        Canvas* status = panel(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
+        // The marker runs along the status bar, one step a tick.
+        Canvas* marker = panel(status, 196, 364, 40, 8, packed(120, 200, 255));
+        marker->interest |= 0x1000;
+        m_clients.push_back(Qv::make<Reacting>([this, marker](const Event& e) {
+            if (e.type != 0x1001)
+                return false;
+            m_marker_steps = (m_marker_steps + 1) % 48;
+            tela_translatecanvas(marker, m_marker_steps == 0 ? -8 * 47 : 8, 0);
+            return true;
+        }));
+        marker->client = static_cast<CanvasClient*>(m_clients.back().get());
+        tela_setcanvas(nullptr);
     }
-    tela_setcanvas(nullptr);
-    return root;
-}
 
-void close_window(RootCanvas* root)
-{
-    event_set_kbd_focus(nullptr);
-    tela_setcanvas(nullptr);
-    tela_deletecanvas(root);
-}
+    int entry_colour(int i) const { return i == m_selected ? packed(70, 120, 220) : packed(60, 66, 78); }
 
-bool paint_scene(iImageBase::eLocation road, const std::string& path)
-{
-    Headless::services().windowing()->setDefaultDisplayLocation(road);
-    RootCanvas* root = open_window();
-    if (!root)
-        return false;
-    // The window system asks for a first paint when the window appears.
-    root->window->invalidate(nullptr);
-    Headless::services().windowing()->mainLoop().runPending();
-    auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
-    const bool written = window && window->snapshot(path.c_str());
-    close_window(root);
-    return written;
-}
+    void select(int entry)
+    {
+        const int previous = m_selected;
+        m_selected = entry;
+        fill(m_entries[static_cast<std::size_t>(previous)], entry_colour(previous));
+        fill(m_entries[static_cast<std::size_t>(entry)], entry_colour(entry));
+        tela_setcanvas(nullptr);
+    }
 
-// Shows the gallery until its window is closed.
-int show_on_screen()
-{
-    RootCanvas* root = open_window();
-    if (!root)
-        return 1;
-    std::printf("showing the gallery; close its window to end\n");
-    const int result = OS()->windowing()->runMessageLoop();
-    close_window(root);
-    return result;
-}
+    static Qv::Ptr<Headless::RootWindow> headless_window()
+    {
+        Canvas* root = tela_rootcanvas();
+        return root ? Qv::dynamicCast<Headless::RootWindow>(root->getWindow()) : nullptr;
+    }
+
+    void snapshot(Headless::RootWindow& window, const char* name)
+    {
+        const std::string path = m_screenshots + "/" + name;
+        if (window.snapshot(path.c_str())) {
+            std::printf("wrote %s\n", path.c_str());
+        } else {
+            std::fprintf(stderr, "could not write %s\n", path.c_str());
+            ++m_failures;
+        }
+    }
+
+    // What a user might do in the first second: pick the fourth entry, go one
+    // down with the keyboard, light a card; then look, and close the window.
+    void play_script(Headless::RootWindow& window)
+    {
+        const auto click = [&window](int x, int y) {
+            MouseEvent press;
+            press.pos = {x, y};
+            press.action = MouseEvent::eLeftDown;
+            window.script(press);
+            press.action = MouseEvent::eLeftUp;
+            window.script(press);
+        };
+        click(60, 16 + 3 * 44 + 10);
+        KeyEvent down;
+        down.keyCode = kKeyDown;
+        window.script(down);
+        down.action = KeyEvent::eRelease;
+        window.script(down);
+        click(300, 100);
+        m_script = Qv::make<FunctionWrapper>([this] {
+            if (auto window = headless_window()) {
+                snapshot(*window, "gallery-2-after-session.png");
+                WindowEvent close;
+                close.kind = WindowEvent::eCloseRequest;
+                window->script(close);
+            }
+        });
+        EventTimeServer::instance().registerForTimeEvent(m_script.get(), 600);
+    }
+
+    std::string m_screenshots;
+    std::vector<Qv::Ptr<CanvasClient>> m_clients;
+    std::vector<Canvas*> m_entries;
+    std::vector<Canvas*> m_cards;
+    bool m_card_lit[3] = {false, false, false};
+    int m_selected = 2;
+    int m_marker_steps = 0;
+    Qv::Ptr<EventHandler> m_script;
+    int m_failures = 0;
+};
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (Sdl::wanted() && Sdl::install())
-        return show_on_screen();
-    const std::string directory = argc > 1 ? argv[1] : ".";
-    int failures = 0;
-    for (auto [road, name] : {std::pair{iImageBase::eHostMemory, "gallery-host.png"},
-                              std::pair{iImageBase::eGPU, "gallery-composited.png"}}) {
-        const std::string path = directory + "/" + name;
-        if (paint_scene(road, path)) {
-            std::printf("wrote %s\n", path.c_str());
-        } else {
-            std::fprintf(stderr, "could not write %s\n", path.c_str());
-            ++failures;
-        }
-    }
-    return failures == 0 ? 0 : 1;
+    const bool on_screen = Sdl::wanted() && Sdl::install();
+    if (on_screen)
+        std::printf("showing the gallery; close its window to end\n");
+    Gallery gallery(argc > 1 ? argv[1] : ".");
+    gallery.run();
+    return gallery.failures() == 0 ? 0 : 1;
 }
