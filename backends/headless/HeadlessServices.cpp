@@ -5,8 +5,10 @@
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"
 #include "headless/PixmanRegion.h"
+#include "headless/PngFile.h"
 
 #include <new>
+#include <pixman.h>
 #include <sys/stat.h>
 
 Headless::Services& Headless::services()
@@ -110,4 +112,63 @@ int Headless::Shell::messageBox(const WString& title, const WString& text, int, 
 Qv::Ptr<iShaderEffect> Headless::Imaging::findShader(const String& name)
 {
     return SoftwareRenderer::findShader(name);
+}
+
+bool Headless::Windowing::createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot)
+{
+    if (!image)
+        return false;
+    auto cursor = Qv::make<Cursor>();
+    image->getSize(cursor->size);
+    cursor->hotSpot = hotSpot;
+    out = cursor;
+    return true;
+}
+
+bool Headless::Windowing::createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id)
+{
+    auto cursor = Qv::make<Cursor>();
+    cursor->stockId = id;
+    ++m_stock_cursors_made;
+    out = cursor;
+    return true;
+}
+
+bool Headless::Imaging::loadImage(Qv::Ptr<iHostImage>& out, const WString& path)
+{
+    Qv::Ptr<HostImage> image = loadPng(toUTF8(path).c_str());
+    out = image;
+    return static_cast<bool>(image);
+}
+
+bool Headless::Imaging::resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size)
+{
+    XY<int> from;
+    if (!image || !image->data() || image->bitsPerPixel() != 32)
+        return false;
+    image->getSize(from);
+    Qv::Ptr<HostImage> resized = HostImage::create(size);
+    if (!resized || from.x <= 0 || from.y <= 0)
+        return false;
+    pixman_image_t* source = pixman_image_create_bits(PIXMAN_a8r8g8b8, from.x, from.y,
+                                                      reinterpret_cast<std::uint32_t*>(image->data()), from.x * 4);
+    pixman_image_t* target = pixman_image_create_bits(PIXMAN_a8r8g8b8, size.x, size.y,
+                                                      reinterpret_cast<std::uint32_t*>(resized->data()), resized->stride());
+    if (source && target) {
+        // The transform maps target pixels back into the source.
+        pixman_transform_t scale;
+        pixman_transform_init_scale(&scale, pixman_double_to_fixed(double(from.x) / size.x),
+                                    pixman_double_to_fixed(double(from.y) / size.y));
+        pixman_image_set_transform(source, &scale);
+        pixman_image_set_filter(source, PIXMAN_FILTER_GOOD, nullptr, 0);
+        pixman_image_composite32(PIXMAN_OP_SRC, source, nullptr, target, 0, 0, 0, 0, 0, 0, size.x, size.y);
+    }
+    const bool made = source && target;
+    if (source)
+        pixman_image_unref(source);
+    if (target)
+        pixman_image_unref(target);
+    if (made)
+        out = resized;
+    return made;
 }

@@ -30,6 +30,14 @@ private:
     WString m_application_name;   // null until set: the services exist before any heap
 };
 
+// A cursor as this platform keeps it: what it was made from.
+class Cursor final : public iCursor {
+public:
+    std::int32_t stockId = -1;     // -1 for an image cursor
+    XY<int> size;
+    XY<int> hotSpot;
+};
+
 class Windowing final : public iWindowingService {
 public:
     bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) override;
@@ -38,6 +46,12 @@ public:
     void enumerateFonts(Qv::Set<WString>& names) override;
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
     bool isKeyDown(std::uint32_t modifierMask) override { return (m_held_modifiers & modifierMask) != 0; }
+    bool createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot) override;
+    bool createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id) override;
+    void selectCursor(const Qv::Ptr<iCursor>& cursor) override { m_cursor = Qv::dynamicCast<Cursor>(cursor); }
+    // What tests read: the cursor shown now, and how many stock cursors were made.
+    const Qv::Ptr<Cursor>& selectedCursor() const { return m_cursor; }
+    int stockCursorsMade() const { return m_stock_cursors_made; }
     int runMessageLoop() override;
     void shutdownMessageLoop() override { m_main_loop.stop(); }
 
@@ -52,6 +66,8 @@ public:
 
 private:
     std::uint32_t m_held_modifiers = 0;
+    Qv::Ptr<Cursor> m_cursor;
+    int m_stock_cursors_made = 0;
     RootWindow* m_last_window = nullptr;
     int m_default_location = 0;
     MainLoop m_main_loop;
@@ -62,7 +78,8 @@ public:
     // One 1920 x 1080 monitor, its bottom 40 rows a task bar, unless a test
     // scripted others.
     void getMonitors(Qv::Vector<MonitorInfo>& monitors) override;
-    float uiScale() override { return 1.0f; }
+    float uiScale() override { return m_ui_scale; }
+    void setUiScale(float scale) { m_ui_scale = scale; }
     void setMonitors(const Qv::Vector<MonitorInfo>& monitors)
     {
         m_monitors = monitors;
@@ -75,6 +92,7 @@ public:
     }
 
 private:
+    float m_ui_scale = 1.0f;
     // Empty until scripted: the services exist before any heap.
     Qv::Vector<MonitorInfo> m_monitors;
     bool m_scripted = false;
@@ -87,7 +105,10 @@ public:
     bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) override;
     void releaseGPUResources() override {}
     Qv::Ptr<iShaderEffect> findShader(const String& name) override;
+    bool loadImage(Qv::Ptr<iHostImage>& out, const WString& path) override;
+    bool resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size) override;
 };
+
 
 class Shell final : public iShellService {
 public:

@@ -272,3 +272,74 @@ void Sdl::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
         monitors.push_back(info);
     }
 }
+
+namespace {
+
+class SdlCursor final : public iCursor {
+public:
+    explicit SdlCursor(SDL_Cursor* cursor) : m_cursor(cursor) {}
+    ~SdlCursor() override { SDL_FreeCursor(m_cursor); }
+    SdlCursor(const SdlCursor&) = delete;
+    SdlCursor& operator=(const SdlCursor&) = delete;
+    SDL_Cursor* get() const { return m_cursor; }
+
+private:
+    SDL_Cursor* m_cursor;
+};
+
+// The library's cursor numbers that have a counterpart among SDL's own.
+SDL_SystemCursor system_cursor(std::int32_t id)
+{
+    switch (id) {
+    case 13: return SDL_SYSTEM_CURSOR_WAIT;
+    case 20: return SDL_SYSTEM_CURSOR_HAND;
+    case 21: return SDL_SYSTEM_CURSOR_SIZEALL;
+    case 22: return SDL_SYSTEM_CURSOR_SIZEWE;
+    case 23: return SDL_SYSTEM_CURSOR_SIZENS;
+    default: return SDL_SYSTEM_CURSOR_ARROW;
+    }
+}
+
+} // namespace
+
+bool Sdl::Windowing::createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot)
+{
+    XY<int> size;
+    if (!image || !image->data() || image->bitsPerPixel() != 32)
+        return false;
+    image->getSize(size);
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, size.x, size.y, 32, SDL_PIXELFORMAT_ARGB8888);
+    if (!surface)
+        return false;
+    // SDL wants straight alpha; the library's images are premultiplied.
+    for (int y = 0; y < size.y; ++y) {
+        const auto* from = reinterpret_cast<const std::uint32_t*>(image->data() + y * size.x * 4);
+        auto* to = reinterpret_cast<std::uint32_t*>(static_cast<std::uint8_t*>(surface->pixels) + y * surface->pitch);
+        for (int x = 0; x < size.x; ++x) {
+            const std::uint32_t p = from[x], a = p >> 24;
+            const auto straight = [a](std::uint32_t c) { return a ? std::min(255u, c * 255 / a) : 0u; };
+            to[x] = a << 24 | straight(p >> 16 & 255) << 16 | straight(p >> 8 & 255) << 8 | straight(p & 255);
+        }
+    }
+    SDL_Cursor* cursor = SDL_CreateColorCursor(surface, hotSpot.x, hotSpot.y);
+    SDL_FreeSurface(surface);
+    if (!cursor)
+        return false;
+    out = Qv::make<SdlCursor>(cursor);
+    return true;
+}
+
+bool Sdl::Windowing::createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id)
+{
+    SDL_Cursor* cursor = SDL_CreateSystemCursor(system_cursor(id));
+    if (!cursor)
+        return false;
+    out = Qv::make<SdlCursor>(cursor);
+    return true;
+}
+
+void Sdl::Windowing::selectCursor(const Qv::Ptr<iCursor>& cursor)
+{
+    if (const auto chosen = Qv::dynamicCast<SdlCursor>(cursor))
+        SDL_SetCursor(chosen->get());
+}

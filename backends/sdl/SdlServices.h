@@ -45,6 +45,9 @@ public:
     void enumerateFonts(Qv::Set<WString>& names) override;
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
     bool isKeyDown(std::uint32_t modifierMask) override;
+    bool createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot) override;
+    bool createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id) override;
+    void selectCursor(const Qv::Ptr<iCursor>& cursor) override;
     int runMessageLoop() override;
     void shutdownMessageLoop() override;
 

@@ -151,6 +151,10 @@ void Tela::Application::handleShutdown(Shutdown::eExitType type)
         }
         tela_deletecanvas(root);
     }
+    {
+        CriticalSection::Guard guard(state.cursorLock);
+        state.cursorCache.clear();
+    }
     for (Qv::Ptr<iShaderEffect>& shader : state.shaders)
         shader = nullptr;
     OS()->windowing()->shutdownMessageLoop();

@@ -10,6 +10,7 @@
 
 #include "core/NormalisedRGB.h"
 #include "core/Callback.h"
+#include "core/CriticalSection.h"
 #include "core/Guard.h"
 #include "core/Memory.h"
 #include "core/Notifier.h"
@@ -19,6 +20,7 @@
 #include "platform/iRootWindow.h"
 #include "platform/iShaderEffect.h"
 #include "platform/iWallpaperProvider.h"
+#include "platform/iWindowingService.h"
 
 #include <cstdint>
 
@@ -53,6 +55,10 @@ public:
     Qv::Vector<RootWindowRec> rootWindows;
     std::int32_t mouseContextDisableCount = 0;
     Qv::Ptr<iShaderEffect> shaders[6]; // found on first use, see tela_shader
+    // Cursors by number, each made once. Guarded by cursorLock: the busy
+    // monitor sets its cursor from its own thread.
+    Qv::Map<std::int32_t, Qv::Ptr<iCursor>> cursorCache;
+    CriticalSection cursorLock;
 };
 
 TelaState& tela_state();

@@ -72,6 +72,6 @@ void tela_deletecanvas(Canvas* canvas)
         state.currentMouseCanvas = nullptr;
     }
 
-    Tela::MouseContainmentManager::removeCanvas(canvas);
+    Tela::MouseContainmentManager::remove(canvas);
     delete canvas; // the virtual destructor; the block goes back through the seam
 }

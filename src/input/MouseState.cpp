@@ -2,6 +2,7 @@
 
 #include "app/TelaState.h"
 #include "events/EventQueue.h"
+#include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
 
 XY<int> tela_getMousePos()
@@ -71,10 +72,10 @@ void tela_enableMouseContextLogic(bool enable)
 {
     TelaState& state = tela_state();
     state.mouseContextDisableCount += enable ? -1 : 1;
-    // Pointer-shape updates come with cursors; until then, enabling has
-    // nothing more to redo.
     if (!tela_isMouseContextLogicEnabled())
         Tela::MouseContainmentManager::setCurrentCanvas(nullptr);
+    else
+        tela_updateMouseCursor();
 }
 
 bool tela_isMouseContextLogicEnabled()

@@ -14,6 +14,7 @@
 #include "events/EventQueue.h"
 #include "events/EventTimeServer.h"
 #include "events/FilterStack.h"
+#include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
 #include "input/MouseState.h"
 #include "input/WindowPlacement.h"
@@ -97,6 +98,9 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
         KeybindingManager::instance().tryKey(key, isKeyPressEvent(*ev));
     } else if (mouse_event(*ev)) {
         m_lastMouseTime = u.time;
+        // The release may have changed what is under the pointer.
+        if (mouse_up_event(*ev))
+            Tela::updateMouseCursor(false);
     }
     event_free(ev);
     if (result == kCloseApplication) {
@@ -165,6 +169,8 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
         if (!tela_appHasFocus()) {
             resetKeyboard();
             tela_resetMouse();
+        } else {
+            tela_updateMouseCursor();
         }
         state.issueNotification(NotifyMsg(String(w.kind == WindowEvent::eFocusGained ? "true" : "false"), kFocusChannel),
                                 kFocusChannel);

@@ -1,7 +1,7 @@
 // Mouse reports into queue events: the capture during a press, click
 // counting (a further left press within 400 ms and 3 pixels on the same
 // canvas is a double, then a triple click), the chord of left and right,
-// and the distance dragged since the last press.
+// the distance dragged since the last press, and the cursor.
 #include "input/RootWindowEventHandler.h"
 
 #include "app/TelaState.h"
@@ -11,6 +11,7 @@
 #include "core/WrappedData.h"
 #include "events/Event.h"
 #include "events/EventQueue.h"
+#include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
 #include "input/MouseState.h"
 
@@ -177,11 +178,12 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
     case MouseEvent::eMove:
         if (m.pos == m_lastPos)
             break;
-        if (!(m.heldButtons & 7))
-            break;
-        m_dragDistance.x += std::abs(m.pos.x - m_lastPos.x);
-        m_dragDistance.y += std::abs(m.pos.y - m_lastPos.y);
-        sendMouseEvent(state.clickState | 0x104, m.time, 0);
+        if (m.heldButtons & 7) {
+            m_dragDistance.x += std::abs(m.pos.x - m_lastPos.x);
+            m_dragDistance.y += std::abs(m.pos.y - m_lastPos.y);
+            sendMouseEvent(state.clickState | 0x104, m.time, 0);
+        }
+        tela_updateMouseCursor();
         break;
     default:
         break;
@@ -202,4 +204,5 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
     case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
     default: break;
     }
+    tela_updateMouseCursor();
 }

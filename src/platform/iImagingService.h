@@ -1,6 +1,7 @@
 // iImagingService: moves images between host memory and the composited surface.
 #pragma once
 
+#include "core/LightweightString.h"
 #include "core/Ptr.h"
 #include "platform/iImage.h"
 #include "platform/iShaderEffect.h"
@@ -11,6 +12,11 @@ public:
     virtual bool toGPUImage(Qv::Ptr<iGPUImage>& out, const Qv::Ptr<iHostImage>& image) = 0;
     virtual bool createTargetImage(Qv::Ptr<iImage>& out, const XY<int>& size, int location) = 0;
     virtual void releaseGPUResources() = 0;
+    // An image file read into host memory; false, with a message, when it
+    // cannot be read or decoded.
+    virtual bool loadImage(Qv::Ptr<iHostImage>& out, const WString& path) = 0;
+    // A smoothly scaled copy at another size.
+    virtual bool resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size) = 0;
     // The pixel program of that name ("InFront", "ShadowLR", ...); null when unknown.
     virtual Qv::Ptr<iShaderEffect> findShader(const String& name) = 0;
 protected:

@@ -6,11 +6,15 @@
 #include "core/Memory.h"
 #include "core/Ptr.h"
 #include "platform/Geometry.h"
+#include "platform/iImage.h"
 #include "platform/iRegion.h"
 #include "platform/iRootWindow.h"
 
 #include <cstddef>
 #include <cstdint>
+
+// A mouse pointer shape the windowing system can show.
+class iCursor : public iObject {};
 
 class iWindowingService {
 public:
@@ -22,6 +26,12 @@ public:
     virtual void enumerateFonts(Qv::Set<WString>& names) = 0;
     virtual void defaultFontName(WString& out) = 0;
     virtual bool isKeyDown(std::uint32_t modifierMask) = 0;
+    // A cursor from a host image (premultiplied BGRA) with its hot spot.
+    virtual bool createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot) = 0;
+    // One of the system's own cursors, by the library's cursor number; a
+    // platform shows its ordinary arrow for numbers it has nothing for.
+    virtual bool createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id) = 0;
+    virtual void selectCursor(const Qv::Ptr<iCursor>& cursor) = 0;
     virtual int runMessageLoop() = 0;
     virtual void shutdownMessageLoop() = 0;
 protected:

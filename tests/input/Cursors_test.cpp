@@ -1,0 +1,138 @@
+// Cursors made once and cached, from images or the system's own, and the
+// enter and leave reports of the canvases under the pointer.
+#include "input/RootWindowFixture.h"
+
+#include "core/TemporaryDirectory.h"
+#include "input/Cursors.h"
+#include "input/MouseContainmentManager.h"
+
+#include "headless/HeadlessServices.h"
+#include "headless/HostImage.h"
+#include "headless/PngFile.h"
+
+#include <string>
+
+namespace {
+
+// Writes "name+" or "name-" for each enter and leave, and names a cursor.
+class Watching final : public CanvasClient {
+public:
+    Watching(std::string& log, char name, int cursor = kDefaultCursor) : m_log(log), m_name(name), m_cursor(cursor) {}
+    eResult handleEvent(const Event&) override { return eNotHandled; }
+    void handleMouseContainment(bool contained) override { m_log += std::string(1, m_name) + (contained ? "+" : "-"); }
+    int contextCursor(const XY<int>&) override { return m_cursor; }
+
+private:
+    std::string& m_log;
+    char m_name;
+    int m_cursor;
+};
+
+Headless::Windowing& windowing()
+{
+    return *Headless::services().windowing();
+}
+
+class CursorTest : public RootWindowFixture<> {
+protected:
+    void SetUp() override
+    {
+        RootWindowFixture::SetUp();
+        tela_state().cursorCache.clear();
+        Tela::setIconsDirectory(WString(icons.path().u16string().c_str()));
+    }
+    void TearDown() override
+    {
+        Headless::services().systemInfo()->setUiScale(1.0f);
+        tela_state().cursorCache.clear();
+        Tela::setIconsDirectory(m_usual_icons);
+        RootWindowFixture::TearDown();
+    }
+    TemporaryDirectory icons;
+
+private:
+    const WString m_usual_icons = Tela::getIconsDirectory();
+};
+
+} // namespace
+
+TEST(MouseContainment, enters_and_leaves_nest_inside_the_parents)
+{
+    std::string log;
+    Watching r(log, 'r'), a(log, 'a'), a1(log, '1'), a2(log, '2');
+    Canvas* root = tela_newcanvas(&r, nullptr);
+    Canvas* ca = tela_newcanvas(&a, root);
+    Canvas* c1 = tela_newcanvas(&a1, ca);
+    Canvas* c2 = tela_newcanvas(&a2, ca);
+    using Tela::MouseContainmentManager;
+    MouseContainmentManager::setCurrentCanvas(c1);
+    EXPECT_EQ(log, "r+a+1+");
+    MouseContainmentManager::setCurrentCanvas(c2); // a sibling: the parent hears nothing
+    EXPECT_EQ(log, "r+a+1+1-2+");
+    MouseContainmentManager::setCurrentCanvas(ca);
+    MouseContainmentManager::setCurrentCanvas(c1); // into a child: the child alone
+    EXPECT_EQ(log, "r+a+1+1-2+2-1+");
+    MouseContainmentManager::remove(c1); // quietly
+    EXPECT_EQ(MouseContainmentManager::getCurrentCanvas(), ca);
+    MouseContainmentManager::setCurrentCanvas(nullptr); // innermost first
+    EXPECT_EQ(log, "r+a+1+1-2+2-1+a-r-");
+    EXPECT_EQ(MouseContainmentManager::getCurrentCanvas(), nullptr);
+    tela_deletecanvas(root);
+}
+
+TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems_cursor_once)
+{
+    EXPECT_TRUE(tela_getCursorFile(40).empty());
+    EXPECT_EQ(toUTF8(tela_getCursorFile(20)), toUTF8(Tela::getIconsDirectory()) + String("PointingHand.png"));
+    const int made = windowing().stockCursorsMade();
+    tela_setCursor(40);
+    ASSERT_TRUE(windowing().selectedCursor());
+    EXPECT_EQ(windowing().selectedCursor()->stockId, 40);
+    tela_setCursor(20); // no such file here
+    EXPECT_EQ(windowing().selectedCursor()->stockId, 20);
+    TemporaryDirectory::write(icons.file("Pen.png"), "not a picture");
+    tela_setCursor(36);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, 36);
+    tela_setCursor(40);
+    tela_setCursor(36);
+    EXPECT_EQ(windowing().stockCursorsMade(), made + 3); // each made once
+}
+
+TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque_pixel_as_hot_spot)
+{
+    Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({32, 32});
+    image->fill(0x00000000);
+    std::uint8_t* pixel = image->data() + (4 * 32 + 6) * 4; // row 4, column 6
+    pixel[0] = pixel[1] = pixel[2] = pixel[3] = 255;
+    ASSERT_TRUE(Headless::savePng(*image, icons.file("Default.png").c_str()));
+    tela_setCursor(kDefaultCursor);
+    ASSERT_TRUE(windowing().selectedCursor());
+    EXPECT_EQ(windowing().selectedCursor()->stockId, -1);
+    EXPECT_EQ(windowing().selectedCursor()->size, (XY<int>{32, 32}));
+    EXPECT_EQ(windowing().selectedCursor()->hotSpot, (XY<int>{6, 4}));
+
+    tela_state().cursorCache.clear();
+    Headless::services().systemInfo()->setUiScale(1.5f);
+    tela_setCursor(kDefaultCursor);
+    EXPECT_EQ(windowing().selectedCursor()->size, (XY<int>{48, 48}));
+}
+
+TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
+{
+    std::string log;
+    Watching hand(log, 'h', 20);
+    Canvas* c = tela_newcanvas(&hand, root);
+    c->shape(region_mkrect(TopDownRect{10, 10, 60, 60}));
+    mouse(MouseEvent::eMove, 20, 20);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, 20);
+    EXPECT_EQ(log, "h+");
+    mouse(MouseEvent::eMove, 100, 80); // the bare root: no client
+    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
+    EXPECT_EQ(log, "h+h-");
+    tela_enableMouseContextLogic(false);
+    mouse(MouseEvent::eMove, 20, 20);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
+    EXPECT_EQ(log, "h+h-");
+    tela_enableMouseContextLogic(true);
+    tela_deletecanvas(c);
+}
