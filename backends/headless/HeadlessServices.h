@@ -16,6 +16,9 @@
 #include "platform/iSystemInfo.h"
 #include "platform/iWindowingService.h"
 
+#include <atomic>
+#include <mutex>
+
 namespace Headless {
 
 class RootWindow;
@@ -48,10 +51,19 @@ public:
     bool isKeyDown(std::uint32_t modifierMask) override { return (m_held_modifiers & modifierMask) != 0; }
     bool createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot) override;
     bool createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id) override;
-    void selectCursor(const Qv::Ptr<iCursor>& cursor) override { m_cursor = Qv::dynamicCast<Cursor>(cursor); }
+    // Any thread: the busy cursor is set from the busy monitor's.
+    void selectCursor(const Qv::Ptr<iCursor>& cursor) override
+    {
+        std::lock_guard lock(m_cursor_mutex);
+        m_cursor = Qv::dynamicCast<Cursor>(cursor);
+    }
     // What tests read: the cursor shown now, and how many stock cursors were made.
-    const Qv::Ptr<Cursor>& selectedCursor() const { return m_cursor; }
-    int stockCursorsMade() const { return m_stock_cursors_made; }
+    Qv::Ptr<Cursor> selectedCursor() const
+    {
+        std::lock_guard lock(m_cursor_mutex);
+        return m_cursor;
+    }
+    int stockCursorsMade() const { return m_stock_cursors_made.load(); }
     int runMessageLoop() override;
     void shutdownMessageLoop() override { m_main_loop.stop(); }
 
@@ -66,8 +78,9 @@ public:
 
 private:
     std::uint32_t m_held_modifiers = 0;
+    mutable std::mutex m_cursor_mutex;
     Qv::Ptr<Cursor> m_cursor;
-    int m_stock_cursors_made = 0;
+    std::atomic<int> m_stock_cursors_made { 0 };
     RootWindow* m_last_window = nullptr;
     int m_default_location = 0;
     MainLoop m_main_loop;

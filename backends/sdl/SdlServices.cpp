@@ -1,6 +1,7 @@
 #include "sdl/SdlServices.h"
 
 #include "core/Log.h"
+#include "core/Threads.h"
 #include "headless/PixmanRegion.h"
 #include "sdl/SdlInput.h"
 #include "sdl/SdlRootWindow.h"
@@ -340,6 +341,10 @@ bool Sdl::Windowing::createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id)
 
 void Sdl::Windowing::selectCursor(const Qv::Ptr<iCursor>& cursor)
 {
+    // SDL's cursor calls belong to the main thread; the busy monitor's
+    // cursor, set from its own thread, is not shown on this platform.
+    if (!isMainThread())
+        return;
     if (const auto chosen = Qv::dynamicCast<SdlCursor>(cursor))
         SDL_SetCursor(chosen->get());
 }

@@ -7,6 +7,7 @@
 #include "events/Event.h"
 #include "events/EventQueue.h"
 #include "events/UIThreadCallback.h"
+#include "input/SystemBusyMonitor.h"
 #include "platform/OS.h"
 #include "platform/iFileSystemService.h"
 #include "platform/iImagingService.h"
@@ -116,6 +117,7 @@ int Tela::Application::backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log)
 
 int Tela::Application::initComplete(const NotifyMsg&)
 {
+    SystemBusyMonitor::start(500);
     if (const Qv::Ptr<iEventHandler> handler = m_windowDescription.eventHandler) {
         TelaState& state = tela_state();
         if (!state.rootWindows.empty()) {
@@ -165,6 +167,7 @@ Tela::StartupEventHandler::eRC Tela::StartupEventHandler::handleEvent(const User
     Event* const ev = event_receive();
     int rc = 0;
     if (ev && !Shutdown::isExiting()) {
+        SystemBusyMonitor::heartbeat();
         if (isKeyPressEvent(*ev) && ev->keyCode() == kShutdownRequestKey) {
             event_free(ev);
             return eHandled;

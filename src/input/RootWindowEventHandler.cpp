@@ -17,6 +17,7 @@
 #include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
 #include "input/MouseState.h"
+#include "input/SystemBusyMonitor.h"
 #include "input/WindowPlacement.h"
 
 namespace {
@@ -79,6 +80,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
         event_free(ev); // too late to handle, but its payload is released
         return eNotHandled;
     }
+    SystemBusyMonitor::heartbeat();
     if (isKeyPressEvent(*ev) && asksToExit(*ev)) {
         const bool may_exit = canExit();
         event_free(ev);
@@ -196,6 +198,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const PaintEvent& p)
 
 iEventHandler::eRC RootWindowEventHandler::handleEvent(const TimerEvent&)
 {
+    SystemBusyMonitor::heartbeat();
     EventTimeServer::instance().tick();
     return eNotHandled;
 }

@@ -5,6 +5,7 @@
 #include "core/TemporaryDirectory.h"
 #include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
+#include "input/SystemBusyMonitor.h"
 
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
@@ -135,4 +136,30 @@ TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
     EXPECT_EQ(log, "h+h-");
     tela_enableMouseContextLogic(true);
     tela_deletecanvas(c);
+}
+
+TEST_F(CursorTest, a_silent_main_thread_shows_the_busy_cursor_until_the_next_heartbeat)
+{
+    EXPECT_FALSE(SystemBusyMonitor::heartbeat()); // nobody listens yet
+    ASSERT_TRUE(SystemBusyMonitor::start(20));
+    EXPECT_FALSE(SystemBusyMonitor::start(20));
+    const auto busy_cursor_shown = [] {
+        const Qv::Ptr<Headless::Cursor> cursor = windowing().selectedCursor();
+        return cursor && cursor->stockId == kBusyCursor;
+    };
+    for (int waited = 0; waited < 500 && !busy_cursor_shown(); ++waited)
+        OS()->threading()->sleepMs(2);
+    EXPECT_TRUE(busy_cursor_shown());
+    // A beat asks the main thread for the right cursor again.
+    EXPECT_TRUE(SystemBusyMonitor::heartbeat());
+    for (int waited = 0; waited < 500 && !event_pending(nullptr, 0); ++waited)
+        OS()->threading()->sleepMs(2);
+    EXPECT_TRUE(SystemBusyMonitor::stop());
+    EXPECT_FALSE(SystemBusyMonitor::stop());
+    while (Event* deferred = event_receive()) {
+        if (EventHandler* target = deferred->getEventHandlerObj())
+            target->handleEvent(*deferred);
+        event_free(deferred);
+    }
+    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
 }
