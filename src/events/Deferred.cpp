@@ -21,8 +21,8 @@ void send_wrapper(const Qv::Ptr<FunctionWrapper>& wrapper, Canvas* canvas, const
     event.type = kDeferredType;
     event.handler = wrapper.get();
     event.canvas = canvas;
-    event.data = wrapper;
-    event.msg = id;
+    event.data(wrapper);
+    event.message(id);
     event_send(&event, checkTarget);
 }
 

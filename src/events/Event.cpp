@@ -5,36 +5,6 @@
 #include "platform/OS.h"
 #include "platform/iWindowingService.h"
 
-Event& Event::operator=(const Event& other)
-{
-    if (this == &other)
-        return *this;
-    link = other.link;
-    type = other.type;
-    wheelDelta = other.wheelDelta;
-    time = other.time;
-    next = other.next;
-    coalescable = other.coalescable;
-    canvas = other.canvas;
-    sender = other.sender;
-    intercepting = other.intercepting;
-    heldKey = other.heldKey;
-    key = other.key;
-    keyRepeat = other.keyRepeat;
-    pos = other.pos;
-    downPos = other.downPos;
-    screenPos = other.screenPos;
-    screenDownPos = other.screenDownPos;
-    distance = other.distance;
-    mouseButtons = other.mouseButtons;
-    partOfChord = other.partOfChord;
-    msg = other.msg;
-    handler = other.handler;
-    data = other.data;
-    newer = other.newer;
-    return *this;
-}
-
 void Event::keyCode(unsigned code)
 {
     key = code;
@@ -83,7 +53,7 @@ bool mouse_middle_event(const Event& e) { return mouse_event(e) && (e.type & 0x8
 bool mouse_double_click_event(const Event& e) { return mouse_event(e) && (e.type & 0x8000u); }
 bool mouse_triple_click_event(const Event& e) { return mouse_event(e) && (e.type & 0x2000u); }
 bool mouse_zoom_event(const Event& e) { return mouse_wheel_event(e) && (e.key & (0x2000000u | 0x100000u)); }
-bool isMouseMoveSignificant(const Event& e) { return e.distance.x >= 4 || e.distance.y >= 4; }
+bool isMouseMoveSignificant(const Event& e) { return e.distance().x >= 4 || e.distance().y >= 4; }
 bool isKeyPressEvent(const Event& e) { return e.type == 512; }
 bool isKeyReleaseEvent(const Event& e) { return e.type == 1024; }
 

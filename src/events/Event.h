@@ -27,8 +27,8 @@ struct Event {
     explicit Event(unsigned int eventType) : type(eventType) {}
     // Every field is copied, the links included; the string and the payload
     // are shared, not cloned. The queue overwrites its own fields afterwards.
-    Event(const Event& other) { *this = other; }
-    Event& operator=(const Event& other);
+    Event(const Event& other) = default;
+    Event& operator=(const Event& other) = default;
     ~Event() = default; // releases `data` and `msg`, and touches no queue
 
     // Pooled allocation: 40 records made on first use, more when they run
@@ -44,24 +44,24 @@ struct Event {
     int mouseWheelDelta() const { return wheelDelta; }
     unsigned keyCode() const { return key; }
     void keyCode(unsigned code);
-    XY<int> getPos() const { return pos; }
-    void setPos(const XY<int>& p) { pos = p; }
-    XY<int> getDownPos() const { return downPos; }
-    void setDownPos(const XY<int>& p) { downPos = p; }
-    XY<int> getScreenPos() const { return screenPos; }
-    void setScreenPos(const XY<int>& p) { screenPos = p; }
-    XY<int> getScreenDownPos() const { return screenDownPos; }
-    void setScreenDownPos(const XY<int>& p) { screenDownPos = p; }
-    XY<int> getDistance() const { return distance; }
-    void setDistance(const XY<int>& p) { distance = p; }
+    XY<int> pos() const { return m_pos; }
+    void pos(const XY<int>& p) { m_pos = p; }
+    XY<int> downPos() const { return m_downPos; }
+    void downPos(const XY<int>& p) { m_downPos = p; }
+    XY<int> screenPos() const { return m_screenPos; }
+    void screenPos(const XY<int>& p) { m_screenPos = p; }
+    XY<int> screenDownPos() const { return m_screenDownPos; }
+    void screenDownPos(const XY<int>& p) { m_screenDownPos = p; }
+    XY<int> distance() const { return m_distance; }
+    void distance(const XY<int>& p) { m_distance = p; }
     unsigned getMouseButtonsState() const { return mouseButtons; }
     void setMouseButtonsState(unsigned state) { mouseButtons = state; }
     bool isPartOfChordEvent() const { return partOfChord; }
     void setIsPartOfChordEvent(bool chord) { partOfChord = chord; }
-    const String& message() const { return msg; }
-    void message(const String& name) { msg = name; }
-    const Qv::Ptr<iObject>& getData() const { return data; }
-    void setData(const Qv::Ptr<iObject>& payload) { data = payload; }
+    const LightweightString<char>& msg() const { return m_msg; }
+    void message(const LightweightString<char>& name) { m_msg = name; }
+    const Qv::Ptr<iObject>& data() const { return m_data; }
+    void data(const Qv::Ptr<iObject>& payload) { m_data = payload; }
     // `handler` when set, otherwise the client of `canvas`, otherwise null.
     EventHandler* getEventHandlerObj() const;
     void setEventHandlerObj(EventHandler* target) { handler = target; }
@@ -81,16 +81,18 @@ struct Event {
     std::uint32_t heldKey = 0;      // complex key events: the key still held
     std::uint32_t key = 0;          // key code and modifier bits
     std::uint32_t keyRepeat = 0;
-    XY<int> pos;                    // in the coordinates of `canvas`, set on receipt
-    XY<int> downPos;
-    XY<int> screenPos;              // bottom-up screen coordinates
-    XY<int> screenDownPos;
-    XY<int> distance;               // travelled since the last press
+    // The accessors of the next fields carry the fields' own names, so the
+    // fields themselves take the m_ prefix; order and layout are unchanged.
+    XY<int> m_pos;                    // in the coordinates of `canvas`, set on receipt
+    XY<int> m_downPos;
+    XY<int> m_screenPos;              // bottom-up screen coordinates
+    XY<int> m_screenDownPos;
+    XY<int> m_distance;               // travelled since the last press
     std::uint32_t mouseButtons = 0; // the click state when the event was made
     bool partOfChord = false;
-    String msg;
+    LightweightString<char> m_msg;  // the accessor pair names it: msg(), message(name)
     EventHandler* handler = nullptr; // direct target; wins over canvas's client
-    Qv::Ptr<iObject> data;
+    Qv::Ptr<iObject> m_data;
     // The queue's link the other way, to the next newer event, which lets the
     // oldest event be taken without walking the queue.
     Event* newer = nullptr;

@@ -132,7 +132,7 @@ void event_send_idempotent(Event* event, bool replace)
         for (Event* queued = q.head; queued; queued = queued->next) {
             if (queued->type != 0x4001 && queued->type != 0x4002)
                 continue;
-            if (queued->msg.view() != event->msg.view()) // null and empty are alike
+            if (queued->msg().view() != event->msg().view()) // null and empty are alike
                 continue;
             const bool same_target = (event->canvas && event->canvas == queued->canvas) ||
                                      target == queued->getEventHandlerObj();
@@ -182,10 +182,10 @@ Event* event_receive()
     if (mouse_event(*event) && event->canvas) {
         // Projected now, so a canvas that moved while the event waited is honoured.
         double x, y;
-        mat3_project(event->canvas->inverseMatrix, event->screenPos.x, event->screenPos.y, &x, &y);
-        event->pos = XY<int>(static_cast<int>(x), static_cast<int>(y));
-        mat3_project(event->canvas->inverseMatrix, event->screenDownPos.x, event->screenDownPos.y, &x, &y);
-        event->downPos = XY<int>(static_cast<int>(x), static_cast<int>(y));
+        mat3_project(event->canvas->inverseMatrix, event->screenPos().x, event->screenPos().y, &x, &y);
+        event->pos(XY<int>(static_cast<int>(x), static_cast<int>(y)));
+        mat3_project(event->canvas->inverseMatrix, event->screenDownPos().x, event->screenDownPos().y, &x, &y);
+        event->downPos(XY<int>(static_cast<int>(x), static_cast<int>(y)));
     }
     return event;
 }
@@ -198,7 +198,7 @@ void event_free(Event* event)
     // any destructor of the application's, runs outside the queue lock.
     // The record is no longer linked, so nothing else can reach it: it goes
     // back to the pool without the queue lock.
-    Qv::Ptr<iObject> payload = event ? event->data : Qv::Ptr<iObject>();
+    Qv::Ptr<iObject> payload = event ? event->data() : Qv::Ptr<iObject>();
     delete event;
 }
 
@@ -270,8 +270,8 @@ bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* c
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock);
     for (Event* queued = q.head; queued; queued = queued->next) {
-        if (queued->type == type && queued->canvas == canvas && queued->msg.view() == name.view()) {
-            queued->data = data;
+        if (queued->type == type && queued->canvas == canvas && queued->msg().view() == name.view()) {
+            queued->data(data);
             return true;
         }
     }

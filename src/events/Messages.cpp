@@ -13,7 +13,7 @@ Event message_event(const String& name, EventHandler* target, iObject* sender)
 {
     Event event(MESSAGE_EVENT);
     event.handler = target;
-    event.msg = name;
+    event.message(name);
     event.sender = sender;
     return event;
 }
@@ -47,7 +47,7 @@ bool sendMessageWithData(const String& name, EventHandler* target, Qv::Ptr<iObje
     if (!is_alive(target))
         return false;
     Event event = message_event(name, target, sender);
-    event.data = std::move(data);
+    event.data(data);
     event_send(&event, true);
     return true;
 }
@@ -65,7 +65,7 @@ bool callMessageWithData(const String& name, EventHandler* target, Qv::Ptr<iObje
     if (!is_alive(target))
         return false;
     Event event = message_event(name, target, sender);
-    event.data = std::move(data);
+    event.data(data);
     target->handleEvent(event);
     return true;
 }

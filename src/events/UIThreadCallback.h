@@ -52,7 +52,7 @@ public:
 
     eResult handleEvent(const Event& event) override
     {
-        if (const auto deferred = Qv::dynamicCast<DeferredCallback>(event.getData()))
+        if (const auto deferred = Qv::dynamicCast<DeferredCallback>(event.data()))
             this->executeInternal(deferred->argument);
         return eHandled;
     }

@@ -90,7 +90,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const KeyEvent& k)
         Event ev(0x4001);
         ev.canvas = event_get_kbd_focus();
         ev.message(String("CompoundTextInput"));
-        ev.setData(Qv::make<WrappedData<KeyEvent>>(k));
+        ev.data(Qv::make<WrappedData<KeyEvent>>(k));
         event_send(&ev, false);
         return eNotHandled;
     }

@@ -61,9 +61,9 @@ void RootWindowEventHandler::sendMouseEvent(std::uint32_t type, std::uint32_t ti
     ev.time = time;
     ev.partOfChord = state.chordActive;
     ev.mouseButtons = state.clickState;
-    ev.screenPos = tela_getMousePos();
-    ev.screenDownPos = m_downPos;
-    ev.distance = m_dragDistance;
+    ev.screenPos(tela_getMousePos());
+    ev.screenDownPos(m_downPos);
+    ev.distance(m_dragDistance);
     event_send(&ev, false);
 }
 

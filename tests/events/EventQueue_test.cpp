@@ -147,7 +147,7 @@ TEST(EventQueue, idempotent_messages_keep_the_first_or_move_the_replacement_back
     auto send_message = [&](const char* name, int tag, bool replace) {
         Event e(0x4001);
         e.handler = &handler;
-        e.msg = String(name);
+        e.message(String(name));
         e.time = static_cast<unsigned>(tag);
         event_send_idempotent(&e, replace);
     };
@@ -163,7 +163,7 @@ TEST(EventQueue, idempotent_messages_keep_the_first_or_move_the_replacement_back
     send_message("refresh", 3, true);
     events = receive_all();
     ASSERT_EQ(events.size(), 2u);
-    EXPECT_EQ(events[0].msg, String("other"));
+    EXPECT_EQ(events[0].msg(), String("other"));
     EXPECT_EQ(events[1].time, 3u);
 }
 
@@ -188,16 +188,16 @@ TEST(EventQueue, positions_are_projected_into_the_canvas_when_received)
     CanvasScope c;
     Event e(0x104);
     e.canvas = c.canvas;
-    e.screenPos = {110, 220};
-    e.screenDownPos = {101, 201};
+    e.screenPos({110, 220});
+    e.screenDownPos({101, 201});
     event_send(&e, false);
     // The canvas moves after the send: the position follows it.
     c.canvas->inverseMatrix[0][2] = -100;
     c.canvas->inverseMatrix[1][2] = -200;
     auto events = receive_all();
     ASSERT_EQ(events.size(), 1u);
-    EXPECT_EQ(events[0].pos, (XY<int>{10, 20}));
-    EXPECT_EQ(events[0].downPos, (XY<int>{1, 1}));
+    EXPECT_EQ(events[0].pos(), (XY<int>{10, 20}));
+    EXPECT_EQ(events[0].downPos(), (XY<int>{1, 1}));
 }
 
 TEST(EventQueue, payloads_are_released_with_the_event_and_timer_events_stamp_the_canvas)
@@ -208,7 +208,7 @@ TEST(EventQueue, payloads_are_released_with_the_event_and_timer_events_stamp_the
     {
         Event e(0x4001);
         e.canvas = c.canvas;
-        e.data = Qv::make<Payload>(&released);
+        e.data(Qv::make<Payload>(&released));
         event_send(&e, false);
     }
     EXPECT_EQ(released, 0);

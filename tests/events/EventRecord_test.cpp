@@ -56,11 +56,11 @@ TEST(EventRecord, keys_moves_and_zoom)
     EXPECT_EQ(e.keyRepeat, 0u);
 
     Event move(0x104);
-    move.distance = {4, 0};
+    move.distance({4, 0});
     EXPECT_TRUE(isMouseMoveSignificant(move));
-    move.distance = {3, 3};
+    move.distance({3, 3});
     EXPECT_FALSE(isMouseMoveSignificant(move));
-    move.distance = {-10, -10};
+    move.distance({-10, -10});
     EXPECT_FALSE(isMouseMoveSignificant(move));
 
     Event wheel(0x106);
@@ -94,8 +94,8 @@ TEST(EventPool, the_forty_first_record_comes_from_the_heap_and_returns_to_the_po
 TEST(EventRecord, copies_share_the_message_and_payload)
 {
     Event e(0x4001);
-    e.msg = String("refresh");
+    e.message(String("refresh"));
     Event copy(e);
-    EXPECT_TRUE(copy.msg.sharesBodyWith(e.msg));
+    EXPECT_TRUE(copy.msg().sharesBodyWith(e.msg()));
     EXPECT_EQ(copy.type, 0x4001u);
 }

@@ -13,7 +13,7 @@ struct RecordingHandler : EventHandler {
     eResult handleEvent(const Event& event) override
     {
         types.push_back(event.type);
-        names.push_back(event.msg);
+        names.push_back(event.msg());
         return result;
     }
     std::vector<unsigned> types;
@@ -27,7 +27,7 @@ inline std::vector<Event> receive_all()
     std::vector<Event> out;
     while (Event* event = event_receive()) {
         out.push_back(*event);
-        out.back().data = nullptr; // the copy must not keep payloads alive
+        out.back().data(nullptr); // the copy must not keep payloads alive
         event_free(event);
     }
     return out;

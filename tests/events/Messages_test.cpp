@@ -114,7 +114,7 @@ TEST(MessagesTest, QueuedMessagesCarryTheirFieldsAndReplaceOnlyTheirOwnKind)
     for (std::size_t i = 0; i < expected.size(); ++i) {
         SCOPED_TRACE(i);
         EXPECT_EQ(events[i].type, 0x4001u);
-        EXPECT_EQ(events[i].msg, String(expected[i].first));
+        EXPECT_EQ(events[i].msg(), String(expected[i].first));
         EXPECT_EQ(events[i].handler, expected[i].second);
         EXPECT_EQ(events[i].canvas, nullptr);
     }
@@ -215,7 +215,7 @@ TEST(MessagesTest, HandlersDyingWhileOtherThreadsSendLeaveNoCheckedMessageBehind
         ++drained;
         if (!live.contains(event->handler)) {
             EXPECT_FALSE(EventHandler::valid(event->handler, IdStamp(0, 0, 0)));
-            ++(event->msg == String("checked") ? checked_for_the_dead : unchecked_for_the_dead);
+            ++(event->msg() == String("checked") ? checked_for_the_dead : unchecked_for_the_dead);
         }
         event_free(event);
     }

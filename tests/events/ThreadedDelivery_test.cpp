@@ -118,7 +118,7 @@ Outcome run_producers(int events_each)
                     if (i % 2) {
                         e.handler = &sink;
                         if (i % 4 == 1)
-                            e.data = Qv::make<Payload>(released);
+                            e.data(Qv::make<Payload>(released));
                     } else {
                         e.canvas = target;
                     }

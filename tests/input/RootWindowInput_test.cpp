@@ -117,8 +117,8 @@ TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
     std::vector<Event> events = taken();
     ASSERT_EQ(events.size(), 1u);
     EXPECT_EQ(events[0].type, 0x4001u);
-    EXPECT_EQ(events[0].message(), String("CompoundTextInput"));
-    const auto payload = Qv::dynamicCast<WrappedData<KeyEvent>>(events[0].getData());
+    EXPECT_EQ(events[0].msg(), String("CompoundTextInput"));
+    const auto payload = Qv::dynamicCast<WrappedData<KeyEvent>>(events[0].data());
     ASSERT_TRUE(payload);
     EXPECT_EQ(payload->value.text, WString(u"é"));
 
@@ -237,7 +237,7 @@ TEST_F(Mouse, drags_add_up_every_step_and_a_move_in_place_only_publishes)
     const std::vector<Event> events = taken();
     ASSERT_EQ(events.size(), 2u);
     EXPECT_EQ(events[1].type, 0x124u);
-    EXPECT_EQ(events[1].getDistance(), (XY<int>{20, 5}));
-    EXPECT_EQ(events[1].getScreenDownPos(), (XY<int>{20, 80})); // library coordinates: y up
+    EXPECT_EQ(events[1].distance(), (XY<int>{20, 5}));
+    EXPECT_EQ(events[1].screenDownPos(), (XY<int>{20, 80})); // library coordinates: y up
     EXPECT_EQ(tela_getMousePos(), (XY<int>{40, 60}));
 }
