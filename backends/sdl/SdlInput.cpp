@@ -1,5 +1,7 @@
 #include "sdl/SdlInput.h"
 
+#include "core/Clock.h"
+
 std::uint32_t Sdl::modifierBits(std::uint16_t sdlModifiers)
 {
     std::uint32_t bits = 0;
@@ -12,6 +14,15 @@ std::uint32_t Sdl::modifierBits(std::uint16_t sdlModifiers)
     if (sdlModifiers & KMOD_GUI)
         bits |= eKeyMeta;
     return bits;
+}
+
+std::uint32_t Sdl::eventTime(std::uint32_t sdlTimestamp)
+{
+    const std::uint32_t ticks = SDL_GetTicks();
+    // An event is never from the future; a stamp that says so is taken as now.
+    const std::uint32_t age = ticks >= sdlTimestamp ? ticks - sdlTimestamp : 0;
+    // Times are compared modulo 2^32, as the library compares them.
+    return static_cast<std::uint32_t>(msecsNow()) - age;
 }
 
 namespace {
@@ -49,7 +60,7 @@ bool button_actions(std::uint8_t sdlButton, std::uint32_t& up, std::uint32_t& do
 bool Sdl::toMouseEvent(const SDL_Event& event, MouseEvent& out)
 {
     out = MouseEvent {};
-    out.time = event.common.timestamp;
+    out.time = eventTime(event.common.timestamp);
     switch (event.type) {
     case SDL_MOUSEMOTION:
         out.action = MouseEvent::eMove;
@@ -86,7 +97,7 @@ bool Sdl::toKeyEvent(const SDL_Event& event, KeyEvent& out)
     if (event.type != SDL_KEYDOWN && event.type != SDL_KEYUP)
         return false;
     out = KeyEvent {};
-    out.time = event.common.timestamp;
+    out.time = eventTime(event.common.timestamp);
     const auto sym = static_cast<std::uint32_t>(event.key.keysym.sym);
     // SDL gives characters as themselves and other keys with its scan code
     // bit; the library wants those marked as no character.

@@ -11,6 +11,10 @@ namespace Sdl {
 // 0x4000000 alt, 0x100000 meta) for SDL's.
 std::uint32_t modifierBits(std::uint16_t sdlModifiers);
 
+// The time of an SDL event, given in SDL's ticks, on the library's clock
+// (msecsNow): now, less the age of the event.
+std::uint32_t eventTime(std::uint32_t sdlTimestamp);
+
 // Mouse motion, buttons and wheel; false for any other event, and for
 // buttons beyond the third.
 bool toMouseEvent(const SDL_Event& event, MouseEvent& out);

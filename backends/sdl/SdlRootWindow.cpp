@@ -162,9 +162,28 @@ void Sdl::RootWindow::claimFocus()
         SDL_RaiseWindow(m_window);
 }
 
-bool Sdl::RootWindow::dragFiles(const Qv::Vector<WString>&)
+bool Sdl::RootWindow::dragFiles(const Qv::Vector<WString>& files)
 {
-    return false; // SDL can take files dropped on a window, not start a drag out of one
+    // SDL takes files dropped on a window but has no way to start a drag out
+    // of one; saying so beats a drag that silently never begins.
+    murl_printf("SDL platform: dragging %zu file(s) out of the window is not supported\n", files.size());
+    return false;
+}
+
+bool Sdl::RootWindow::addDroppedFile(const WString& path)
+{
+    if (!m_dropping)
+        return false;
+    m_dropped.push_back(path);
+    return true;
+}
+
+Qv::Vector<WString> Sdl::RootWindow::endDrop()
+{
+    m_dropping = false;
+    Qv::Vector<WString> files;
+    files.swap(m_dropped);
+    return files;
 }
 
 bool Sdl::RootWindow::createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds)

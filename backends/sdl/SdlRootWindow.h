@@ -66,6 +66,13 @@ public:
     void present();
     // The frame the library draws into; tests read it.
     const Qv::Ptr<Headless::HostImage>& frame() const { return m_frame; }
+    // SDL reports a drop as a start, each file, and an end. Between start and
+    // end the files are gathered; a file outside one is a drop by itself.
+    void beginDrop() { m_dropping = true; m_dropped.clear(); }
+    // False when no drop is open: the caller delivers the file alone.
+    bool addDroppedFile(const WString& path);
+    // Ends the drop, giving its files.
+    Qv::Vector<WString> endDrop();
 
 private:
     bool hasFlag(std::uint32_t flag) const { return m_window && (SDL_GetWindowFlags(m_window) & flag) != 0; }
@@ -83,6 +90,8 @@ private:
     Qv::Ptr<iEventHandler> m_handler;
     Qv::Ptr<Headless::HostImage> m_frame;
     std::atomic<std::uint64_t> m_pending_wakes { 0 };
+    bool m_dropping = false;
+    Qv::Vector<WString> m_dropped;
 };
 
 } // namespace Sdl

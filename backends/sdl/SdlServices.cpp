@@ -7,6 +7,7 @@
 #include "sdl/SdlRootWindow.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -19,12 +20,17 @@ void deliver_window_event(Sdl::RootWindow& window, const SDL_WindowEvent& change
 {
     const Qv::Ptr<iEventHandler> handler = window.eventHandler();
     WindowEvent event;
-    event.time = SDL_GetTicks();
+    event.time = Sdl::eventTime(change.timestamp);
     switch (change.event) {
     case SDL_WINDOWEVENT_SIZE_CHANGED:
         window.resized({change.data1, change.data2});
         event.kind = WindowEvent::eSizeChanged;
+        // A window's pixels per point can change with its size on Wayland.
+        Sdl::services().systemInfo()->refreshScale(static_cast<SDL_Window*>(window.nativeHandle()));
         break;
+    case SDL_WINDOWEVENT_DISPLAY_CHANGED:
+        Sdl::services().systemInfo()->refreshScale(static_cast<SDL_Window*>(window.nativeHandle()));
+        return;
     case SDL_WINDOWEVENT_MOVED: event.kind = WindowEvent::ePositionChanged; break;
     case SDL_WINDOWEVENT_FOCUS_GAINED: event.kind = WindowEvent::eFocusGained; break;
     case SDL_WINDOWEVENT_FOCUS_LOST: event.kind = WindowEvent::eFocusLost; break;
@@ -63,6 +69,11 @@ bool Sdl::install()
 {
     if (SDL_WasInit(SDL_INIT_VIDEO))
         return OS() == &services();
+    // Closing the last window is a request the application may refuse: SDL
+    // must not add a quit of its own. Above whatever the environment says.
+    SDL_SetHintWithPriority(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0", SDL_HINT_OVERRIDE);
+    // The busy cursor is set from a thread of its own over X.
+    X11Cursors::allowThreads();
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER | SDL_INIT_EVENTS) != 0) {
         murl_printf("SDL cannot start: %s\n", SDL_GetError());
         return false;
@@ -74,12 +85,46 @@ bool Sdl::install()
         return false;
     }
     registered_types = EventTypes { first, first + 1, first + 2, first + 3 };
+    // Files dropped on a window; SDL may leave these off.
+    SDL_EventState(SDL_DROPBEGIN, SDL_ENABLE);
+    SDL_EventState(SDL_DROPFILE, SDL_ENABLE);
+    SDL_EventState(SDL_DROPCOMPLETE, SDL_ENABLE);
     if (!Tela::installOSServices(&services())) {
         murl_printf("SDL platform not installed: another platform is in use\n");
         SDL_Quit();
         return false;
     }
+    services().systemInfo()->refreshScale(nullptr);
     return true;
+}
+
+float Sdl::scaleForDensity(float dpi)
+{
+    if (!(dpi > 0.0f))
+        return 1.0f;
+    const float quarters = std::round(dpi / 96.0f * 4.0f) / 4.0f;
+    return std::clamp(quarters, 1.0f, 4.0f);
+}
+
+float Sdl::densityScale(SDL_Window* window)
+{
+    if (window) {
+        int points = 0, pixels = 0, ignored = 0;
+        SDL_GetWindowSize(window, &points, &ignored);
+        SDL_GetWindowSizeInPixels(window, &pixels, &ignored);
+        if (points > 0 && pixels > points)
+            return std::clamp(static_cast<float>(pixels) / static_cast<float>(points), 1.0f, 4.0f);
+    }
+    // Wayland scales a window's points to the screen itself; a density taken
+    // from the monitor would scale twice.
+    const char* driver = SDL_GetCurrentVideoDriver();
+    if (driver && std::strcmp(driver, "wayland") == 0)
+        return 1.0f;
+    const int display = window ? std::max(0, SDL_GetWindowDisplayIndex(window)) : 0;
+    float horizontal = 0.0f;
+    if (SDL_GetDisplayDPI(display, nullptr, &horizontal, nullptr) != 0)
+        return 1.0f;
+    return scaleForDensity(horizontal);
 }
 
 const Sdl::EventTypes& Sdl::eventTypes()
@@ -127,11 +172,15 @@ bool Sdl::Windowing::isKeyDown(std::uint32_t modifierMask)
 void Sdl::Windowing::registerWindow(RootWindow* window)
 {
     m_windows.push_back(window);
+    auto* const native = static_cast<SDL_Window*>(window->nativeHandle());
+    m_x11.addWindow(native);
+    services().systemInfo()->refreshScale(native);
 }
 
 void Sdl::Windowing::unregisterWindow(RootWindow* window)
 {
     std::erase(m_windows, window);
+    m_x11.removeWindow(static_cast<SDL_Window*>(window->nativeHandle()));
 }
 
 Sdl::RootWindow* Sdl::Windowing::find(std::uint32_t windowId) const
@@ -143,7 +192,15 @@ Sdl::RootWindow* Sdl::Windowing::find(std::uint32_t windowId) const
 
 void Sdl::Windowing::dispatch(const SDL_Event& event)
 {
+    // The path of a dropped file is the receiver's to free, whoever that is.
+    struct DroppedText {
+        char* text;
+        ~DroppedText() { SDL_free(text); }
+    } const dropped { event.type == SDL_DROPFILE || event.type == SDL_DROPTEXT ? event.drop.file : nullptr };
+
     if (event.type == SDL_QUIT) {
+        // Pushed by shutdownMessageLoop, or a signal: the close button never
+        // comes this way (see install).
         m_quit = true;
         return;
     }
@@ -160,6 +217,8 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
         window_id = event.button.windowID;
     else if (event.type == SDL_MOUSEWHEEL)
         window_id = event.wheel.windowID;
+    else if (event.type == SDL_DROPBEGIN || event.type == SDL_DROPFILE || event.type == SDL_DROPCOMPLETE)
+        window_id = event.drop.windowID;
     else if (event.type >= SDL_USEREVENT)
         window_id = event.user.windowID;
     RootWindow* window = find(window_id);
@@ -179,10 +238,14 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
     }
     if (event.type == types.initialise) {
         WindowEvent ready;
-        ready.time = event.common.timestamp;
+        ready.time = eventTime(event.common.timestamp);
         ready.kind = WindowEvent::eInitialise;
         if (handler)
             handler->handleEvent(ready);
+        return;
+    }
+    if (event.type == SDL_DROPBEGIN || event.type == SDL_DROPFILE || event.type == SDL_DROPCOMPLETE) {
+        deliverDrop(*window, event);
         return;
     }
     if (event.type == types.paint) {
@@ -193,7 +256,7 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
     }
     if (event.type == types.tick) {
         if (handler)
-            handler->handleEvent(TimerEvent { {event.common.timestamp} });
+            handler->handleEvent(TimerEvent { {eventTime(event.common.timestamp)} });
         return;
     }
     MouseEvent mouse;
@@ -212,10 +275,44 @@ void Sdl::Windowing::dispatch(const SDL_Event& event)
         deliver_window_event(*window, event.window);
 }
 
+void Sdl::Windowing::deliverDrop(RootWindow& window, const SDL_Event& event)
+{
+    Qv::Vector<WString> files;
+    if (event.type == SDL_DROPBEGIN) {
+        window.beginDrop();
+        return;
+    }
+    if (event.type == SDL_DROPFILE) {
+        if (!event.drop.file)
+            return;
+        const WString path = fromUTF8(String(event.drop.file));
+        if (window.addDroppedFile(path))
+            return;
+        files.push_back(path);
+    } else {
+        files = window.endDrop();
+    }
+    if (files.empty())
+        return;
+    FileDragDropEvent drop;
+    drop.time = eventTime(event.common.timestamp);
+    drop.files = std::move(files);
+    drop.action = eFileDropped;
+    // SDL's drop carries no position. During a drag the source holds the
+    // pointer, so SDL's own record of it is stale: ask the server.
+    int x = 0, y = 0;
+    SDL_GetGlobalMouseState(&x, &y);
+    XY<int> origin;
+    window.getPosition(origin);
+    drop.pos = XY<int> { x - origin.x, y - origin.y };
+    if (const Qv::Ptr<iEventHandler> handler = window.eventHandler())
+        handler->handleEvent(drop);
+}
+
 void Sdl::Windowing::presentAll()
 {
     for (RootWindow* window : m_windows)
-        window->present();
+        m_x11.whileRecreating(static_cast<SDL_Window*>(window->nativeHandle()), [window] { window->present(); });
 }
 
 std::size_t Sdl::Windowing::pumpPending()
@@ -241,6 +338,9 @@ int Sdl::Windowing::runMessageLoop()
             dispatch(event);
         presentAll();
     }
+    // The quit is spent: what runs the queue next (another loop, or a test's
+    // pump) delivers wakes again.
+    m_quit = false;
     return 0;
 }
 
@@ -276,32 +376,60 @@ void Sdl::SystemInfo::getMonitors(Qv::Vector<MonitorInfo>& monitors)
 
 namespace {
 
+// A system cursor, or an image cursor kept as a surface. SDL's cursor is made
+// when it is first shown, on the main thread: the busy monitor's thread may
+// be the one that asks for a cursor, and SDL's cursor calls are not for it.
 class SdlCursor final : public iCursor {
 public:
-    explicit SdlCursor(SDL_Cursor* cursor) : m_cursor(cursor) {}
-    ~SdlCursor() override { SDL_FreeCursor(m_cursor); }
+    explicit SdlCursor(SDL_SystemCursor shape) : m_shape(shape) {}
+    SdlCursor(SDL_Surface* image, const XY<int>& hotSpot) : m_image(image), m_hot_spot(hotSpot) {}
+    ~SdlCursor() override
+    {
+        if (m_cursor)
+            SDL_FreeCursor(m_cursor);
+        if (m_image)
+            SDL_FreeSurface(m_image);
+    }
     SdlCursor(const SdlCursor&) = delete;
     SdlCursor& operator=(const SdlCursor&) = delete;
-    SDL_Cursor* get() const { return m_cursor; }
+
+    bool isSystem() const { return m_image == nullptr; }
+    SDL_SystemCursor shape() const { return m_shape; }
+    // Main thread.
+    SDL_Cursor* get()
+    {
+        if (!m_cursor)
+            m_cursor = m_image ? SDL_CreateColorCursor(m_image, m_hot_spot.x, m_hot_spot.y)
+                               : SDL_CreateSystemCursor(m_shape);
+        return m_cursor;
+    }
 
 private:
-    SDL_Cursor* m_cursor;
+    SDL_SystemCursor m_shape = SDL_SYSTEM_CURSOR_ARROW;
+    SDL_Surface* m_image = nullptr;
+    XY<int> m_hot_spot;
+    SDL_Cursor* m_cursor = nullptr;
 };
 
-// The library's cursor numbers that have a counterpart among SDL's own.
-SDL_SystemCursor system_cursor(std::int32_t id)
+} // namespace
+
+SDL_SystemCursor Sdl::systemCursorFor(std::int32_t id)
 {
+    // 0 to 11 are SDL's own list, in its order.
+    if (id >= SDL_SYSTEM_CURSOR_ARROW && id <= SDL_SYSTEM_CURSOR_HAND)
+        return static_cast<SDL_SystemCursor>(id);
     switch (id) {
-    case 13: return SDL_SYSTEM_CURSOR_WAIT;
-    case 20: return SDL_SYSTEM_CURSOR_HAND;
-    case 21: return SDL_SYSTEM_CURSOR_SIZEALL;
-    case 22: return SDL_SYSTEM_CURSOR_SIZEWE;
-    case 23: return SDL_SYSTEM_CURSOR_SIZENS;
-    default: return SDL_SYSTEM_CURSOR_ARROW;
+    case 13: return SDL_SYSTEM_CURSOR_WAIT;                        // busy
+    case 20: return SDL_SYSTEM_CURSOR_HAND;                        // "PointingHand"
+    case 21: case 25: return SDL_SYSTEM_CURSOR_SIZEALL;            // "MoveUpDownLeftRight", "Move2"
+    case 22: case 27: case 28: case 29: case 30:                   // "MoveLeftRight", the trims
+        return SDL_SYSTEM_CURSOR_SIZEWE;
+    case 23: return SDL_SYSTEM_CURSOR_SIZENS;                      // "MoveUpDown"
+    case 24: case 26: case 35: case 36:                            // control point, colour pick, point move, pen
+        return SDL_SYSTEM_CURSOR_CROSSHAIR;
+    default: return SDL_SYSTEM_CURSOR_ARROW;                       // "Default", the drag and drop arrows
     }
 }
-
-} // namespace
 
 bool Sdl::Windowing::createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot)
 {
@@ -322,29 +450,32 @@ bool Sdl::Windowing::createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImag
             to[x] = a << 24 | straight(p >> 16 & 255) << 16 | straight(p >> 8 & 255) << 8 | straight(p & 255);
         }
     }
-    SDL_Cursor* cursor = SDL_CreateColorCursor(surface, hotSpot.x, hotSpot.y);
-    SDL_FreeSurface(surface);
-    if (!cursor)
-        return false;
-    out = Qv::make<SdlCursor>(cursor);
+    out = Qv::make<SdlCursor>(surface, hotSpot);
     return true;
 }
 
 bool Sdl::Windowing::createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t id)
 {
-    SDL_Cursor* cursor = SDL_CreateSystemCursor(system_cursor(id));
-    if (!cursor)
-        return false;
-    out = Qv::make<SdlCursor>(cursor);
+    out = Qv::make<SdlCursor>(systemCursorFor(id));
     return true;
 }
 
 void Sdl::Windowing::selectCursor(const Qv::Ptr<iCursor>& cursor)
 {
-    // SDL's cursor calls belong to the main thread; the busy monitor's
-    // cursor, set from its own thread, is not shown on this platform.
-    if (!isMainThread())
+    const auto chosen = Qv::dynamicCast<SdlCursor>(cursor);
+    if (!chosen)
         return;
-    if (const auto chosen = Qv::dynamicCast<SdlCursor>(cursor))
-        SDL_SetCursor(chosen->get());
+    if (!isMainThread()) {
+        // The busy monitor, while the main thread stalls: SDL's cursor calls
+        // are the main thread's, so X shows the cursor over a connection of
+        // its own. The main thread puts its own cursor back once it runs.
+        // Image cursors, and Wayland, have no such road.
+        if (chosen->isSystem() && m_x11.show(chosen->shape()))
+            ++m_off_thread_cursors;
+        return;
+    }
+    if (SDL_Cursor* const shown = chosen->get())
+        SDL_SetCursor(shown);
+    else
+        murl_printf("SDL cannot make a cursor: %s\n", SDL_GetError());
 }

@@ -6,12 +6,27 @@
 //
 // Chosen by the environment: TELA_BACKEND=sdl or =headless; unset, SDL when
 // a display ($DISPLAY or $WAYLAND_DISPLAY) is there.
+//
+// Closing: the close button is a close request to the window's handler, which
+// may refuse it; only a wake that the handler answers eHandled ends the loop.
+// SDL's own quit event comes only from a signal (interrupt, terminate), which
+// ends the loop as it stands.
+//
+// Stock cursors by number: 0 to 11 are SDL's system cursors in SDL's order
+// (arrow, I-beam, wait, crosshair, wait arrow, the four size arrows, move,
+// no, hand), 13 is busy, and the image cursors' numbers 16 to 36 have the
+// nearest system shape for when their image is missing. Others are the arrow.
+//
+// Dropped files arrive as one FileDragDropEvent per drop, with the action
+// eFileDropped and the pointer's position; SDL reports no drag passing over
+// the window, and cannot start a drag out of one.
 #pragma once
 
 #include "headless/HeadlessServices.h"
 #include "platform/OS.h"
 #include "platform/iSystemInfo.h"
 #include "platform/iWindowingService.h"
+#include "sdl/SdlX11.h"
 
 #include <SDL.h>
 
@@ -37,6 +52,28 @@ struct EventTypes {
 };
 const EventTypes& eventTypes();
 
+// The action values of this platform's FileDragDropEvent, as the library's
+// drag handler hears them (onFileDragAction0 to 3).
+enum eFileDragAction : std::uint32_t {
+    eFileDragEntered = 0,
+    eFileDragOver = 1,
+    eFileDropped = 2,                  // the only one SDL reports
+    eFileDragLeft = 3,
+};
+
+// The user-interface scale for a display density in dots per inch: 96 is
+// 1.0, in quarter steps, never below 1 (a screen reporting a low or absurd
+// density keeps cursors at their drawn size) nor above 4.
+float scaleForDensity(float dpi);
+
+// The system cursor shown for one of the library's cursor numbers.
+SDL_SystemCursor systemCursorFor(std::int32_t id);
+
+// The scale of a window: the ratio of its pixels to its size where the
+// system scales windows itself (Wayland), else the density of its display.
+// A null window asks about the first display. Main thread.
+float densityScale(SDL_Window* window);
+
 class Windowing final : public iWindowingService {
 public:
     bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) override;
@@ -59,21 +96,33 @@ public:
     std::size_t pumpPending();
     // New windows use this display road (0 host memory, 1 composited).
     void setDefaultDisplayLocation(int location) { m_default_location = location; }
+    // How often a cursor was shown from a thread other than the main one,
+    // over the X server's own connection. For tests.
+    int offThreadCursorsShown() const { return m_off_thread_cursors.load(); }
 
 private:
     void dispatch(const SDL_Event& event);
+    void deliverDrop(RootWindow& window, const SDL_Event& event);
     RootWindow* find(std::uint32_t windowId) const;
     void presentAll();
 
     Qv::Vector<RootWindow*> m_windows;
     int m_default_location = 0;
     bool m_quit = false;
+    X11Cursors m_x11;
+    std::atomic<int> m_off_thread_cursors { 0 };
 };
 
 class SystemInfo final : public iSystemInfo {
 public:
     void getMonitors(Qv::Vector<MonitorInfo>& monitors) override;
-    float uiScale() override { return 1.0f; }
+    // Any thread: the value last measured on the main thread.
+    float uiScale() override { return m_scale.load(); }
+    // Measures the scale again for this window (null: the first display). Main thread.
+    void refreshScale(SDL_Window* window) { m_scale.store(densityScale(window)); }
+
+private:
+    std::atomic<float> m_scale { 1.0f };
 };
 
 class Services final : public iOSServices {

@@ -8,6 +8,7 @@
 #include "canvas/RootAppearance.h"
 #include "canvas/RootCanvas.h"
 #include "canvas/UpdateTracking.h"
+#include "core/Clock.h"
 #include "events/Event.h"
 #include "events/EventQueue.h"
 #include "input/RootWindowEventHandler.h"
@@ -63,7 +64,7 @@ protected:
         args.size = {160, 120};
         args.title = WString(u"Tela test");
         args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
-    args.eventHandler = sink;
+        args.eventHandler = sink;
         root = tela_createRootCanvas(args);
         ASSERT_NE(root, nullptr);
         sink->root = root;
@@ -152,6 +153,12 @@ TEST_F(SdlWindow, every_wake_from_any_thread_arrives_once)
 
 TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_terms)
 {
+    // Reports are stamped on the library's clock, whatever SDL's ticks say.
+    constexpr std::uint32_t kNow = 5'000'000;
+    const struct FakeClock {
+        FakeClock() { Qv::setFakeClock(kNow); }
+        ~FakeClock() { Qv::clearFakeClock(); }
+    } clock;
     const std::uint32_t id = window->windowId();
     SDL_Event press {};
     press.type = SDL_MOUSEBUTTONDOWN;
@@ -172,6 +179,10 @@ TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_
     EXPECT_EQ(sink->keys[0].keyCode, static_cast<std::uint32_t>('a'));
     EXPECT_EQ(sink->keys[0].modifiers, 0x3000000u);
     EXPECT_EQ(sink->keys[0].action, KeyEvent::ePress);
+    for (const std::uint32_t time : {sink->mice[0].time, sink->keys[0].time}) {
+        EXPECT_LE(time, kNow);
+        EXPECT_GE(time, kNow - 2000);
+    }
 
     SDL_SetWindowSize(static_cast<SDL_Window*>(window->nativeHandle()), 200, 90);
     ASSERT_TRUE(pumpUntil([&] {
