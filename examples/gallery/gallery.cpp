@@ -7,6 +7,10 @@
 // TELA_BACKEND=headless, it plays a short scripted session on the headless
 // platform and writes what the window showed before and after it.
 //
+// It ends as every program on the library does: run() returns when the
+// window closes, the program deletes the canvases it made, then shutdown()
+// lets go of the library, the window's root canvas included.
+//
 // Usage: gallery [directory for screenshots]   (default: the current directory)
 
 #include "app/Application.h"
@@ -36,6 +40,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -121,10 +126,19 @@ public:
         setBackgroundInitRequired(true);
     }
 
-    ~Gallery() override
+    // After run(): the canvases this program made go first, while the
+    // library that holds them is still up; then the library itself.
+    void end()
     {
         if (m_script)
             EventTimeServer::instance().deRegisterForTimeEvents(m_script.get());
+        m_script = nullptr;
+        for (Canvas* panel : m_panels)
+            tela_deletecanvas(panel); // with everything on it
+        m_panels.clear();
+        m_entries.clear();
+        m_cards.clear();
+        shutdown();
     }
 
     int failures() const { return m_failures; }
@@ -141,7 +155,7 @@ protected:
     }
 
 private:
-    // The client objects live as long as the program; the canvases go with the window.
+    // The client objects live as long as the program, past its canvases.
     CanvasClient* client(std::function<bool(const Event&)> react)
     {
         m_clients.push_back(Qv::make<Reacting>(std::move(react)));
@@ -152,7 +166,7 @@ private:
     {
         Canvas* root = tela_rootcanvas();
         Tela::UpdateDeferrer deferrer(nullptr, true);
-        Canvas* sidebar = panel(root, 0, 0, 160, kHeight, packed(22, 24, 28), {}, client([this](const Event& e) {
+        Canvas* sidebar = top_level(root, 0, 0, 160, kHeight, packed(22, 24, 28), {}, client([this](const Event& e) {
             if (!isKeyPressEvent(e) || (e.keyCode() != kKeyDown && e.keyCode() != kKeyUp))
                 return false;
             select((m_selected + (e.keyCode() == kKeyDown ? 1 : kSidebarEntries - 1)) % kSidebarEntries);
@@ -167,7 +181,7 @@ private:
                                       })));
         event_set_kbd_focus(sidebar); // the arrow keys move the selection
 
-        Canvas* content = panel(root, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        Canvas* content = top_level(root, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
@@ -181,9 +195,9 @@ private:
                                         return mouse_event(e);
                                     })));
         }
-        Canvas* glass = panel(root, 300, 200, 260, 150, packed(255, 255, 255));
+        Canvas* glass = top_level(root, 300, 200, 260, 150, packed(255, 255, 255));
         glass->setOpacity(0.6);
-        Canvas* status = panel(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
+        Canvas* status = top_level(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
         // The marker runs along the status bar, one step a tick.
         Canvas* marker = panel(status, 196, 364, 40, 8, packed(120, 200, 255));
         marker->interest |= 0x1000;
@@ -196,6 +210,14 @@ private:
         }));
         marker->client = static_cast<CanvasClient*>(m_clients.back().get());
         tela_setcanvas(nullptr);
+    }
+
+    // A panel straight on the root, remembered so that end() can delete it.
+    Canvas* top_level(Canvas* root, int left, int top, int width, int height, int colour, RegionPtr outline = {},
+                      CanvasClient* client = nullptr)
+    {
+        m_panels.push_back(panel(root, left, top, width, height, colour, std::move(outline), client));
+        return m_panels.back();
     }
 
     int entry_colour(int i) const { return i == m_selected ? packed(70, 120, 220) : packed(60, 66, 78); }
@@ -258,6 +280,7 @@ private:
 
     std::string m_screenshots;
     std::vector<Qv::Ptr<CanvasClient>> m_clients;
+    std::vector<Canvas*> m_panels; // on the root; each deletes what is on it
     std::vector<Canvas*> m_entries;
     std::vector<Canvas*> m_cards;
     bool m_card_lit[3] = {false, false, false};
@@ -276,5 +299,6 @@ int main(int argc, char** argv)
         std::printf("showing the gallery; close its window to end\n");
     Gallery gallery(argc > 1 ? argv[1] : ".");
     gallery.run();
+    gallery.end();
     return gallery.failures() == 0 ? 0 : 1;
 }

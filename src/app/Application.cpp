@@ -3,6 +3,10 @@
 #include "app/TelaState.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/RootCanvas.h"
+#include "canvas/UpdateTracking.h"
+#include "colour/CurrentColour.h"
+#include "core/Config.h"
+#include "core/Log.h"
 #include "core/Threads.h"
 #include "events/Event.h"
 #include "events/EventQueue.h"
@@ -15,6 +19,9 @@
 #include "platform/iWindowingService.h"
 #include "vector/GraphicsState.h"
 
+#include <algorithm>
+#include <climits>
+
 namespace {
 
 constexpr int kLibraryShutdownPriority = 600;
@@ -22,10 +29,45 @@ constexpr int kGPUReleasePriority = 499;
 
 constexpr std::uint32_t kBackgroundInitRequired = 1;
 
+// "use_multi_threaded_com", read once at start-up.
+bool s_multiThreadedCom = false;
+
 void release_gpu_resources(Shutdown::eExitType)
 {
     OS()->imaging()->releaseGPUResources();
 }
+
+// The steps of start-up and shut-down whose subsystems are still to come.
+// Each is filled in by the subsystem it names, in its place in the order.
+
+// The process's paths object: the settings directory is still worked out on
+// first use from the application's name, so there is nothing to make yet.
+void init_paths() {}
+
+// COM-style initialisation of the thread: there is no COM on the platforms
+// this library runs on, so the kind is read and nothing is made.
+void com_initialise(int /*kind*/) {}
+
+// Gamma and colour tables: filled by the colour subsystem's gamma tables.
+void init_gamma_tables() {}
+// The raster image cache: RasterImage::flushCache(), whose body is empty.
+void flush_raster_image_cache() {}
+// The scan converter's tables: filled by the scan converter.
+void init_scan_converter() {}
+// path_init(): filled by the path builder.
+void init_path() {}
+// The font scale back to 1.0: filled by the font table.
+void reset_font_scale() {}
+// except_init(): the core's crash reporting, when it has one.
+void init_exceptions() {}
+
+// Shut-down: every loaded font released; filled by the font table.
+void release_all_fonts() {}
+// The gamma tables' initialised flag; filled by the gamma tables.
+void forget_gamma_tables() {}
+
+// The two default fonts, loaded when the window opens; filled by the font table.
+void load_default_fonts() {}
 
 // A background task that calls a member of an object with a message and the
 // task's log.
@@ -54,9 +96,25 @@ Tela::Application::Application(const WString& name, const WString& version) : Qv
 
 void Tela::Application::init()
 {
+    init_paths();
+    s_multiThreadedCom = config_int("use_multi_threaded_com", 0, INT_MIN, INT_MAX) != 0;
+    // Until start-up is over, every report reaches its file before the next step.
+    setSynchronousLogging(true);
+    com_initialise(s_multiThreadedCom ? 1 : 2);
     // The thread that makes the application runs its user interface.
     co_init();
     event_queue_init();
+    init_gamma_tables();
+    flush_raster_image_cache();
+    init_scan_converter();
+    init_path();
+    tela_setmatrix(1.0, 0.0, 0.0, 1.0, 0, 0);
+    tela_setlinewidth(1.0);
+    tela_setflatness(1.0);
+    tela_setcanvas(nullptr);
+    tela_setcolour(0);
+    reset_font_scale();
+    init_exceptions();
     atShutdown(release_gpu_resources, kGPUReleasePriority);
 }
 
@@ -71,15 +129,18 @@ void Tela::Application::run()
     args.eventHandler = Qv::make<StartupEventHandler>(Qv::makeCallback(this, &Application::init));
     args.wallpaper = m_wallpaper;
     tela_setmatrix(1.0, 0.0, 0.0, 1.0, 0, 0);
-    if (!tela_createRootCanvas(args)) {
+    RootCanvas* const root = tela_createRootCanvas(args);
+    if (!root) {
         OS()->shell()->messageBox(OS()->fileSystem()->applicationName(), WString(u"Unable to create main window"), 1, 5);
         return;
     }
+    // The library made this root and ends it in shutdown(); the program must not.
+    root->canvasFlags |= Canvas::kApplicationRoot;
+    load_default_fonts();
     atShutdown(handleShutdown, kLibraryShutdownPriority);
+    // The library stays up when the loop ends: the program still ends its
+    // canvases, then calls shutdown().
     OS()->windowing()->runMessageLoop();
-    // The loop also ends when the window closes; the shut-down is then still to do.
-    if (!Shutdown::isExiting())
-        shutdown();
 }
 
 void Tela::Application::shutdown()
@@ -87,7 +148,30 @@ void Tela::Application::shutdown()
     Shutdown::beginShutdown();
     if ((m_appFlags & kBackgroundInitRequired) && m_initTask)
         m_initTask->stop();
+    endApplicationRoots();
     Qv::Application::shutdown();
+}
+
+void Tela::Application::endApplicationRoots()
+{
+    // A root the program deleted took its row with it; what is left here
+    // is ours.
+    TelaState& state = tela_state();
+    for (;;) {
+        const auto row = std::find_if(state.rootWindows.begin(), state.rootWindows.end(), [](const RootWindowRec& r) {
+            return r.rootCanvas && (r.rootCanvas->canvasFlags & Canvas::kApplicationRoot);
+        });
+        if (row == state.rootWindows.end())
+            return;
+        Canvas* const root = row->rootCanvas;
+        root->canvasFlags &= ~Canvas::kApplicationRoot;
+        // Canvases the program has not ended yet stay its own: set loose,
+        // not freed, so that its later tela_deletecanvas finds them whole.
+        Tela::UpdateDeferrer deferrer(nullptr, false);
+        while (Canvas* const child = root->youngestChild)
+            canvas_disconnect(child);
+        tela_deletecanvas(root);
+    }
 }
 
 int Tela::Application::init(const NotifyMsg&)
@@ -134,25 +218,24 @@ int Tela::Application::initComplete(const NotifyMsg&)
     return 0;
 }
 
-void Tela::Application::initComplete() {}
+void Tela::Application::initComplete()
+{
+    setSynchronousLogging(false);
+}
 
 void Tela::Application::handleShutdown(Shutdown::eExitType type)
 {
     if (type != Shutdown::eNormalExit)
         return;
+    release_all_fonts();
+    forget_gamma_tables();
+    event_queue_shutdown();
+    // The rows name their roots and own nothing: a root still standing is
+    // whoever made it to end.
     TelaState& state = tela_state();
     state.deferredReleases.clear();
     state.tickTimer = nullptr;
-    // Each root takes its row with it.
-    event_set_kbd_focus(nullptr);
-    while (!state.rootWindows.empty()) {
-        Canvas* const root = state.rootWindows.back().rootCanvas;
-        if (!root) {
-            state.rootWindows.pop_back();
-            continue;
-        }
-        tela_deletecanvas(root);
-    }
+    state.rootWindows.clear();
     {
         CriticalSection::Guard guard(state.cursorLock);
         state.cursorCache.clear();
@@ -183,4 +266,26 @@ void Tela::StartupEventHandler::init()
     // Once: a window may come up again after being hidden.
     if (const Qv::Ptr<iCallbackBase<int, NotifyMsg>> ready = std::move(m_onReady))
         ready->execute(NotifyMsg());
+}
+
+void tela_suspend()
+{
+    TelaState& state = tela_state();
+    state.tickTimer = nullptr;
+    if (Canvas* const root = tela_rootcanvas())
+        if (root->window)
+            root->window->setActive(false);
+}
+
+void tela_resume()
+{
+    // A mask that no event matches: nothing is dropped, but the queue is
+    // walked once under its lock.
+    event_flush(nullptr, 0x1300, false);
+    if (Canvas* const root = tela_rootcanvas())
+        if (root->window && !root->window->isActive()) {
+            root->window->setActive(true);
+            root->window->claimFocus();
+        }
+    tela_restart_tick();
 }

@@ -30,7 +30,9 @@ public:
         eUnbuffered = 1, // the client's drawUnbuffered paints it
     };
 
-    enum : std::uint32_t { kKeepTopmost = 1u };
+    // kApplicationRoot marks the root the application frame made for its
+    // window: the frame ends it, and deleting it from elsewhere is reported.
+    enum : std::uint32_t { kKeepTopmost = 1u, kApplicationRoot = 2u };
     static constexpr std::uint32_t kDefaultInterest = 0x100; // the mouse class
 
     // Connects to `parent` just above its highest child that is not

@@ -11,6 +11,8 @@
 #include "canvas/UpdateTracking.h"
 #include "events/EventQueue.h"
 #include "input/MouseContainmentManager.h"
+#include "platform/OS.h"
+#include "platform/iWindowingService.h"
 #include "vector/GraphicsState.h"
 
 namespace {
@@ -25,13 +27,26 @@ void tela_deletecanvas(Canvas* canvas)
         return;
     TelaState& state = tela_state();
 
+    if (canvas->canvasFlags & Canvas::kApplicationRoot) {
+        // The program's window goes with it, and with the window every way
+        // the user had to end the program: the loop ends here, as if the
+        // window had been closed, so run() returns and the program can shut
+        // down.
+        tela_splat("tela_deletecanvas: the application's root canvas was deleted; its window is gone and the loop ends\n");
+        canvas->canvasFlags &= ~Canvas::kApplicationRoot;
+        OS()->windowing()->shutdownMessageLoop();
+    }
+
     Canvas* root = canvas->getRootParent();
 
     if (gstate_stack_holds_canvas(canvas))
         gstate_stack_replace_canvas(canvas);
 
-    if (event_get_kbd_focus() == canvas)
-        event_set_kbd_focus(tela_rootcanvas());
+    if (event_get_kbd_focus() == canvas) {
+        // A root that goes takes the focus with it: it cannot fall back on itself.
+        Canvas* const library_root = tela_rootcanvas();
+        event_set_kbd_focus(library_root != canvas ? library_root : nullptr);
+    }
 
     if (state.captureCanvas == canvas) {
         state.captureCanvas = nullptr;

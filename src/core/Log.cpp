@@ -2,12 +2,14 @@
 
 #include "core/Memory.h"
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 
 namespace {
 std::mutex sink_mutex;
 Qv::LogSinkRecord current_sink;
+std::atomic<bool> synchronous_logging { false };
 }
 
 void murl_vprintf(const char* format, va_list arguments)
@@ -37,6 +39,8 @@ void murl_vprintf(const char* format, va_list arguments)
             current_sink.sink(text, current_sink.context);
         else
             std::fputs(text, stderr);
+        if (synchronous_logging.load(std::memory_order_relaxed))
+            std::fflush(stderr);
     }
     Qv::release(large);
 }
@@ -55,4 +59,19 @@ Qv::LogSinkRecord Qv::setLogSink(LogSinkRecord record)
     const LogSinkRecord previous = current_sink;
     current_sink = record;
     return previous;
+}
+
+void setSynchronousLogging(bool synchronous)
+{
+    {
+        // Whatever was written before the change reaches its file first.
+        std::lock_guard lock(sink_mutex);
+        std::fflush(stderr);
+    }
+    synchronous_logging.store(synchronous, std::memory_order_relaxed);
+}
+
+bool synchronousLogging()
+{
+    return synchronous_logging.load(std::memory_order_relaxed);
 }

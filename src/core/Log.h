@@ -7,6 +7,12 @@
 void murl_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void murl_vprintf(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
 
+// While on, each message is written and flushed before murl_printf returns,
+// so that nothing is lost if the process dies during start-up. The
+// application turns it on first thing and off once start-up is over.
+void setSynchronousLogging(bool synchronous);
+bool synchronousLogging();
+
 namespace Qv {
 // Receives each formatted message. Passing null restores stderr. Returns the previous sink.
 using LogSink = void (*)(const char* text, void* context);

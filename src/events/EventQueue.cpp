@@ -98,6 +98,16 @@ void event_queue_init()
     s_initialised.store(true, std::memory_order_release);
 }
 
+void event_queue_shutdown()
+{
+    s_initialised.store(false, std::memory_order_release);
+}
+
+bool event_queue_initialised()
+{
+    return s_initialised.load(std::memory_order_acquire);
+}
+
 void event_send(Event* event, bool checkTarget)
 {
     if (!event || (!event->canvas && !event->handler))

@@ -64,3 +64,7 @@ void event_set_kbd_focus(Canvas* canvas);
 // Reads the queue's configuration again ("discard_stale_mouse_events") and
 // forgets the time of the last receive. Start-up calls it; so may tests.
 void event_queue_init();
+// Forgets that the queue was initialised: its next use reads the
+// configuration again. The application's shut-down calls it.
+void event_queue_shutdown();
+bool event_queue_initialised();

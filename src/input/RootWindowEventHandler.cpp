@@ -76,10 +76,11 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
     Event* const ev = event_receive();
     if (!ev)
         return eNotHandled;
-    if (Shutdown::isExiting()) {
-        event_free(ev); // too late to handle, but its payload is released
+    // Too late to handle. The record is deliberately not freed: the
+    // shut-down may already have taken down what its release would touch,
+    // and the pool lets go of it with the process.
+    if (Shutdown::isExiting())
         return eNotHandled;
-    }
     SystemBusyMonitor::heartbeat();
     if (isKeyPressEvent(*ev) && asksToExit(*ev)) {
         const bool may_exit = canExit();

@@ -3,6 +3,7 @@
 #include "core/Log.h"
 #include "core/Memory.h"
 #include "core/Shutdown.h"
+#include "core/SystemWatchdog.h"
 #include "input/Cursors.h"
 #include "platform/OS.h"
 
@@ -69,6 +70,8 @@ bool SystemBusyMonitor::stop()
 
 bool SystemBusyMonitor::heartbeat()
 {
+    // The watchdog hears every beat, also while no monitor runs.
+    SystemWatchdog::heartbeat();
     std::lock_guard lock(s_mutex);
     if (!s_monitor || !s_monitor->m_thread || !s_monitor->m_heartbeatEvent)
         return false;

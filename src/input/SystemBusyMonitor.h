@@ -18,7 +18,8 @@ public:
     static bool start(int timeoutMs);
     // Ends the thread and forgets the monitor; false when none ran.
     static bool stop();
-    // True when a monitor heard it.
+    // Reports the beat to the process's SystemWatchdog; true when a running
+    // monitor heard it too.
     static bool heartbeat();
 
     SystemBusyMonitor();

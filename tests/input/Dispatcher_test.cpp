@@ -2,8 +2,12 @@
 // and the window's own events: focus, size, close and dragged files.
 #include "input/RootWindowFixture.h"
 
+#include "app/Application.h"
+#include "core/Clock.h"
 #include "core/Commands.h"
 #include "core/KeybindingManager.h"
+#include "core/Shutdown.h"
+#include "core/SystemWatchdog.h"
 #include "events/FilterStack.h"
 #include "headless/HeadlessServices.h"
 
@@ -238,4 +242,48 @@ TEST_F(Dispatcher, scripted_reports_reach_canvases_through_the_loop_each_after_t
     window->script(key);
     Headless::services().windowing()->mainLoop().runPending();
     EXPECT_EQ(a->types, (std::vector<std::uint32_t>{0x122, 0x121, 0x200}));
+}
+
+TEST_F(Dispatcher, every_delivered_event_and_tick_beats_the_watchdog)
+{
+    Qv::Ptr<RecordingClient> a;
+    event_set_kbd_focus(child(0, 0, 10, 10, &a));
+    Qv::setFakeClock(500000);
+    key(KeyEvent::ePress, 'k');
+    handler->handleEvent(UserEvent {});
+    EXPECT_EQ(SystemWatchdog::lastHeartbeat(), 500000u);
+    Qv::setFakeClock(500100);
+    handler->handleEvent(UserEvent {}); // nothing queued: no beat
+    EXPECT_EQ(SystemWatchdog::lastHeartbeat(), 500000u);
+    handler->handleEvent(TimerEvent {});
+    EXPECT_EQ(SystemWatchdog::lastHeartbeat(), 500100u);
+    Qv::clearFakeClock();
+}
+
+// Once the program is exiting, the library's dispatcher takes the event and
+// leaves it neither delivered nor freed; the start-up dispatcher frees it.
+TEST_F(Dispatcher, once_exiting_events_are_taken_without_delivery_and_only_the_start_up_form_frees_them)
+{
+    Qv::Ptr<RecordingClient> a;
+    event_set_kbd_focus(child(0, 0, 10, 10, &a));
+    // The pool hands out its most recently freed record first: the probe's
+    // address is where the next queued event will be.
+    Event* probe = new Event(0);
+    volatile std::uintptr_t next_record = reinterpret_cast<std::uintptr_t>(probe);
+    delete probe;
+    key(KeyEvent::ePress, 'k');
+    const std::size_t free_before = Event::poolFreeCount();
+    Shutdown::beginShutdown();
+    EXPECT_EQ(handler->handleEvent(UserEvent {}), iEventHandler::eNotHandled);
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+    EXPECT_EQ(Event::poolFreeCount(), free_before);
+    event_free(reinterpret_cast<Event*>(next_record)); // the record the dispatcher kept, back to the pool
+
+    const auto startup = Qv::make<Tela::StartupEventHandler>(nullptr);
+    key(KeyEvent::ePress, 'k');
+    EXPECT_EQ(startup->handleEvent(UserEvent {}), iEventHandler::eNotHandled);
+    EXPECT_EQ(event_pending(nullptr, 0), 0);
+    EXPECT_EQ(Event::poolFreeCount(), free_before + 1);
+    Shutdown::resetForTesting();
+    EXPECT_TRUE(a->types.empty());
 }
