@@ -1,6 +1,9 @@
 // The host display road on a 1920x1080 window with 50 canvases: a full
 // repaint against a plain memcpy of the same pixels (the bandwidth limit),
-// and a small repaint of one 32x32 canvas.
+// and a small repaint of one 32x32 canvas. Then the full repaint of a window
+// whose n sibling canvases overlap, for n from 50 to 5,000: what each canvas
+// shows is worked out against all those above it, and the curve should stay
+// near linear.
 
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
@@ -102,8 +105,62 @@ void BM_SmallDamage(benchmark::State& state)
     state.counters["sampled_pixels_changed"] = changed; // only inside the 32x32 square
 }
 
+// n canvases of 200x150 at scattered places over the window, each over all
+// older ones. They share one buffer: what is measured is the visible-region
+// arithmetic and the painting, not memory for thousands of buffers.
+struct OverlappingScene {
+    explicit OverlappingScene(int count)
+    {
+        iRootWindow::InitArgs args;
+        args.size = {kWidth, kHeight};
+        root = tela_createRootCanvas(args);
+        constexpr int w = 200, h = 150;
+        Qv::Ptr<iImage> buffer;
+        root->window->createOffscreenImage(buffer, {w, h});
+        Qv::dynamicCast<Headless::HostImage>(buffer)->fill(0xFF336699);
+        std::uint32_t seed = 12345;
+        const auto next = [&seed](int below) {
+            seed = seed * 1664525u + 1013904223u;
+            return static_cast<int>((seed >> 8) % static_cast<std::uint32_t>(below));
+        };
+        for (int i = 0; i < count; ++i) {
+            Canvas* c = tela_newcanvas(nullptr, root);
+            const int left = next(kWidth - w), top = next(kHeight - h);
+            c->shape(region_mkrect(TopDownRect{left, top, left + w, top + h}));
+            c->offscreenBuffer = buffer;
+        }
+    }
+    ~OverlappingScene()
+    {
+        tela_state().rootWindows.clear();
+        event_set_kbd_focus(nullptr);
+        tela_setcanvas(nullptr);
+        tela_deletecanvas(root);
+    }
+
+    RootCanvas* root = nullptr;
+};
+
+void BM_OverlappingSiblings(benchmark::State& state)
+{
+    OverlappingScene scene(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        for (Canvas* c = canvas_walk_postorder(scene.root, nullptr); c; c = canvas_walk_postorder(scene.root, c))
+            canvupd_mark_all(c);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
 } // namespace
 
 BENCHMARK(BM_FullRepaint)->Name("full_repaint_1920x1080_50_canvases/tela")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Memcpy)->Name("full_repaint_1920x1080_50_canvases/memcpy")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SmallDamage)->Name("small_damage_32x32/tela")->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_OverlappingSiblings)
+    ->Name("full_repaint_overlapping_siblings/tela")
+    ->Arg(50)
+    ->Arg(500)
+    ->Arg(5000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();

@@ -5,6 +5,7 @@
 // [SECTION] Lifetime and clip
 // [SECTION] Fills
 // [SECTION] Blits and "InFront"
+// [SECTION] Streaming copies
 // [SECTION] Operations not drawn yet
 #include "headless/SoftwareRenderer.h"
 
@@ -14,8 +15,13 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <utility>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 // [SECTION] Helpers
 
@@ -213,21 +219,25 @@ Headless::SoftwareRenderer::SoftwareRenderer(const Qv::Ptr<HostImage>& image, pi
     , m_lock(image->lock())
     , m_target(target)
 {
+    pixman_region32_init(&m_clip);
 }
 
 Headless::SoftwareRenderer::~SoftwareRenderer()
 {
+    pixman_region32_fini(&m_clip);
     pixman_image_unref(m_target);
 }
 
 void Headless::SoftwareRenderer::setClip(const Qv::Ptr<iRegion>& clip)
 {
+    m_clip_copy = ClipCopy::None;
     if (!clip) {
         pixman_image_set_clip_region32(m_target, nullptr);
         return;
     }
     if (const auto* region = dynamic_cast<const PixmanRegion*>(clip.get())) {
         pixman_image_set_clip_region32(m_target, region->raw());
+        m_clip_copy = pixman_region32_copy(&m_clip, region->raw()) ? ClipCopy::Held : ClipCopy::Lost;
         return;
     }
     // A region from another platform: rebuild it from its rectangles.
@@ -240,6 +250,7 @@ void Headless::SoftwareRenderer::setClip(const Qv::Ptr<iRegion>& clip)
     pixman_region32_t region;
     pixman_region32_init_rects(&region, boxes.data(), static_cast<int>(boxes.size()));
     pixman_image_set_clip_region32(m_target, &region);
+    m_clip_copy = pixman_region32_copy(&m_clip, &region) ? ClipCopy::Held : ClipCopy::Lost;
     pixman_region32_fini(&region);
 }
 
@@ -412,6 +423,10 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
 
     const int width = right - left;
     const int height = bottom - top;
+    if (exact && !blend && opacity >= 1.0f
+        && streamCopy(source_pixels, source_size, source_stride, left + source_x, top + source_y, left, top, width,
+                      height))
+        return;
     const bool whole_edges = !blend
         || (is_whole(dest.left) && is_whole(dest.top) && is_whole(dest.right) && is_whole(dest.bottom));
     const int mask_stride = (width + 3) & ~3;
@@ -439,6 +454,100 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
     // The coverage mask starts at (left, top); a solid mask is the same everywhere.
     pixman_image_composite32(blend ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, source_image.get(), mask_image.get(), m_target,
                              left + source_x, top + source_y, 0, 0, left, top, width, height);
+}
+
+// [SECTION] Streaming copies
+
+namespace {
+
+// Below this many bytes a copy keeps to pixman's ordinary stores: the lines it writes
+// are likely still cached when they are next read (a neighbour's edge, the present),
+// and a fence and partly written cache lines would cost more than the reads saved. A
+// 32 x 32 damage is well below; a panel of a full repaint well above.
+constexpr std::int64_t STREAMING_BYTES = 64 * 1024;
+// A row narrower than this has too few whole cache lines to be worth streaming.
+constexpr std::size_t STREAMING_ROW_BYTES = 256;
+constexpr std::size_t CACHE_LINE = 64;
+
+// One row of pixels. The destination is brought to a cache-line boundary by ordinary
+// stores, so that the streaming stores that follow are aligned and fill whole lines;
+// the tail goes the ordinary way too. Source loads are unaligned.
+void copy_row(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes)
+{
+#if defined(__SSE2__)
+    if (bytes >= STREAMING_ROW_BYTES) {
+        const std::size_t head = (CACHE_LINE - reinterpret_cast<std::uintptr_t>(to) % CACHE_LINE) % CACHE_LINE;
+        std::memcpy(to, from, head);
+        to += head;
+        from += head;
+        bytes -= head;
+        for (; bytes >= CACHE_LINE; bytes -= CACHE_LINE, to += CACHE_LINE, from += CACHE_LINE) {
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 16));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 32));
+            const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 48));
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to), a);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + 16), b);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + 32), c);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + 48), d);
+        }
+    }
+#endif
+    std::memcpy(to, from, bytes);
+}
+
+// Streaming stores are weakly ordered: the fence makes them visible before anything
+// else reads the target (another renderer, the present, a pixel guard).
+void end_streaming()
+{
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+} // namespace
+
+bool Headless::SoftwareRenderer::streamCopy(const std::uint8_t* source, const XY<int>& source_size,
+                                            int source_stride, int source_x, int source_y, int left, int top,
+                                            int width, int height)
+{
+    // pixman reads transparent black outside the source; only copies wholly inside it
+    // come here.
+    if (m_clip_copy == ClipCopy::Lost || source_x < 0 || source_y < 0 || source_x > source_size.x - width
+        || source_y > source_size.y - height)
+        return false;
+    if (static_cast<std::int64_t>(width) * height * 4 < STREAMING_BYTES)
+        return false;
+    pixman_region32_t area;
+    pixman_region32_init_rect(&area, left, top, static_cast<unsigned>(width), static_cast<unsigned>(height));
+    if (m_clip_copy == ClipCopy::Held && !pixman_region32_intersect(&area, &area, &m_clip)) {
+        pixman_region32_fini(&area);
+        return false;
+    }
+    int count = 0;
+    const pixman_box32_t* const boxes = pixman_region32_rectangles(&area, &count);
+    std::int64_t bytes = 0;
+    for (int index = 0; index < count; ++index)
+        bytes += static_cast<std::int64_t>(boxes[index].x2 - boxes[index].x1) * (boxes[index].y2 - boxes[index].y1) * 4;
+    if (bytes < STREAMING_BYTES) {
+        pixman_region32_fini(&area);
+        return false;
+    }
+    std::uint8_t* const target = m_image->data();
+    const auto target_stride = static_cast<std::size_t>(m_image->stride());
+    const auto from_stride = static_cast<std::size_t>(source_stride);
+    for (int index = 0; index < count; ++index) {
+        const pixman_box32_t& box = boxes[index];
+        const auto row_bytes = static_cast<std::size_t>(box.x2 - box.x1) * 4;
+        const std::uint8_t* from = source + static_cast<std::size_t>(box.y1 - top + source_y) * from_stride
+            + static_cast<std::size_t>(box.x1 - left + source_x) * 4;
+        std::uint8_t* to = target + static_cast<std::size_t>(box.y1) * target_stride + static_cast<std::size_t>(box.x1) * 4;
+        for (int y = box.y1; y < box.y2; ++y, from += from_stride, to += target_stride)
+            copy_row(to, from, row_bytes);
+    }
+    end_streaming();
+    pixman_region32_fini(&area);
+    return true;
 }
 
 // [SECTION] Operations not drawn yet

@@ -22,6 +22,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
 {
     Qv::Box<int> box;
     int count = 0;
+    Tela::VisibleRegions visible;
     for (Canvas* c = canvas_walk_postorder_oldest_first(start, nullptr); c;
          c = canvas_walk_postorder_oldest_first(start, c)) {
         if (c->dirty) {
@@ -36,7 +37,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
                                std::max(box.y2, damage.y2)};
                     }
                 }
-                c->setVisibleRegion(canvupd_visible_region(c));
+                c->setVisibleRegion(visible.of(c));
                 ++count;
             }
             canvupd_mark_clean(c);
@@ -52,9 +53,12 @@ void flush_dirty(Canvas* root, Canvas* start)
 {
     Qv::Ptr<iGraphicPrimitivesRenderer> frame;
     root->window->getRenderer(frame, 1);
+    // Painting changes no shape or stacking, so the visible regions of the
+    // whole walk can be worked out together.
+    Tela::VisibleRegions visible;
     for (Canvas* c = canvas_walk_postorder_oldest_first(start, nullptr); c;
          c = canvas_walk_postorder_oldest_first(start, c))
-        canvupd_flush(c);
+        canvupd_flush(c, visible);
 }
 
 void display_dirty_regions(Canvas* root, Canvas* canvas)

@@ -92,6 +92,37 @@ RegionPtr subtract_children(RegionPtr result, Canvas* parent, const RegionPtr& c
     return result;
 }
 
+void flush(Canvas* canvas, Tela::VisibleRegions* regions)
+{
+    if (!canvas || !canvas->dirty || !canvas->shape())
+        return;
+    if (!canvas->updateRegion) {
+        canvupd_mark_clean(canvas);
+        return;
+    }
+    const auto visible_region = [regions](Canvas* c) { return regions ? regions->of(c) : canvupd_visible_region(c); };
+    const RegionPtr visible = visible_region(canvas);
+    if (!region_eq(visible, canvas->getVisibleRegion()))
+        canvas->setVisibleRegion(visible);
+    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion)) {
+        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+        if (canvas->window && !canvas->window->getRenderer(renderer, 1))
+            canvas->window->invalidate(damaged); // the paint event comes back later
+        else
+            tela_paint_host_region(canvas, damaged);
+    }
+    // Lightweight children were painted with their parent.
+    for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling) {
+        if (!child->lightweight || !child->dirty)
+            continue;
+        child->updateRegion = region_subtract(child->updateRegion, canvas->updateRegion, true);
+        child->setVisibleRegion(visible_region(child));
+        if (!child->updateRegion)
+            child->dirty = 0;
+    }
+    canvupd_mark_clean(canvas);
+}
+
 } // namespace
 
 void canvupd_mark_region_exact(Canvas* canvas, const Qv::Ptr<iRegion>& region, bool, bool seeThrough)
@@ -139,32 +170,12 @@ void canvupd_mark_clean(Canvas* canvas)
 
 void canvupd_flush(Canvas* canvas)
 {
-    if (!canvas || !canvas->dirty || !canvas->shape())
-        return;
-    if (!canvas->updateRegion) {
-        canvupd_mark_clean(canvas);
-        return;
-    }
-    const RegionPtr visible = canvupd_visible_region(canvas);
-    if (!region_eq(visible, canvas->getVisibleRegion()))
-        canvas->setVisibleRegion(visible);
-    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion)) {
-        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-        if (canvas->window && !canvas->window->getRenderer(renderer, 1))
-            canvas->window->invalidate(damaged); // the paint event comes back later
-        else
-            tela_paint_host_region(canvas, damaged);
-    }
-    // Lightweight children were painted with their parent.
-    for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling) {
-        if (!child->lightweight || !child->dirty)
-            continue;
-        child->updateRegion = region_subtract(child->updateRegion, canvas->updateRegion, true);
-        child->setVisibleRegion(canvupd_visible_region(child));
-        if (!child->updateRegion)
-            child->dirty = 0;
-    }
-    canvupd_mark_clean(canvas);
+    flush(canvas, nullptr);
+}
+
+void canvupd_flush(Canvas* canvas, Tela::VisibleRegions& regions)
+{
+    flush(canvas, &regions);
 }
 
 RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
@@ -186,6 +197,50 @@ RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
             if (sibling->mapped && is_heavyweight(sibling))
                 result = region_subtract(result, sibling->shape(), true);
     return subtract_children(result, canvas, canvas->shape());
+}
+
+RegionPtr Tela::VisibleRegions::of(Canvas* canvas)
+{
+    if (!canvas || !canvas->mapped)
+        return nullptr;
+    return subtract_children(uncovered(canvas), canvas, canvas->shape());
+}
+
+RegionPtr Tela::VisibleRegions::uncovered(Canvas* canvas)
+{
+    if (const auto known = m_uncovered.find(canvas); known != m_uncovered.end())
+        return known->second;
+    Canvas* const parent = canvas->parent;
+    if (!parent) {
+        // The top of a tree: nothing above it but younger canvases beside it.
+        RegionPtr result = canvas->mapped ? canvas->shape() : nullptr;
+        for (Canvas* sibling = canvas->youngerSibling; sibling && result; sibling = sibling->youngerSibling)
+            if (sibling->mapped && is_heavyweight(sibling))
+                result = region_subtract(result, sibling->shape(), true);
+        m_uncovered[canvas] = result;
+        return result;
+    }
+    auto walk = m_walks.find(parent);
+    if (walk == m_walks.end()) {
+        const RegionPtr from_parent = uncovered(parent);
+        walk = m_walks.emplace(parent, Walk{parent->youngestChild, from_parent}).first;
+    }
+    // Down the family to this canvas: each child shows what the younger ones left
+    // uncovered, and a mapped heavyweight one covers its shape for the older ones.
+    RegionPtr result;
+    for (Walk& family = walk->second; family.next;) {
+        Canvas* const child = family.next;
+        family.next = child->olderSibling;
+        const RegionPtr shown = child->mapped ? region_intersect(child->shape(), family.uncovered) : nullptr;
+        if (family.uncovered && child->mapped && is_heavyweight(child))
+            family.uncovered = region_subtract(family.uncovered, child->shape(), true);
+        m_uncovered[child] = shown;
+        if (child == canvas) {
+            result = shown;
+            break;
+        }
+    }
+    return result;
 }
 
 void tela_refresh_off()

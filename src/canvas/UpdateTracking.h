@@ -8,6 +8,7 @@
 // pass to every root. Main thread only, apart from tela_refresh_off/on's
 // counting.
 
+#include "core/Memory.h"
 #include "core/Ptr.h"
 #include "core/RefCount.h"
 #include "platform/iRegion.h"
@@ -30,11 +31,57 @@ void canvupd_mark_all(Canvas* canvas);
 void canvupd_mark_clean(Canvas* canvas);
 // Paints the canvas's damage now, if it is dirty and has a shape.
 void canvupd_flush(Canvas* canvas);
+namespace Tela {
+class VisibleRegions;
+}
+// The same, for a pass over many canvases of one tree: visible regions come from
+// `regions`.
+void canvupd_flush(Canvas* canvas, Tela::VisibleRegions& regions);
 
 // The part of the canvas (or of `base`, when given) that shows: clipped by
 // every ancestor, less younger heavyweight siblings along the way and the
 // children that cover it.
 Qv::Ptr<iRegion> canvupd_visible_region(Canvas* canvas, const Qv::Ptr<iRegion>& base = {});
+
+namespace Tela {
+
+// The visible regions of many canvases of one tree, each exactly what
+// canvupd_visible_region(canvas) gives, for a pass that needs them all.
+//
+// Asked one canvas at a time, every canvas subtracts all its younger siblings,
+// so a pass over n siblings costs n squared region operations. Here each family
+// of siblings is worked through once, youngest first, with one running region
+// of what the younger ones leave uncovered of their parent: n operations. The
+// walk goes no further down a family than the oldest canvas asked for, so a
+// pass over one young canvas stays as cheap as before.
+//
+// Holds answers: the tree's links, shapes, mapping and weights must not change
+// while one is in use. Main thread only.
+class VisibleRegions {
+public:
+    VisibleRegions() = default;
+    VisibleRegions(const VisibleRegions&) = delete;
+    VisibleRegions& operator=(const VisibleRegions&) = delete;
+
+    Qv::Ptr<iRegion> of(Canvas* canvas);
+
+private:
+    // The family of one parent, walked from its youngest child so far.
+    struct Walk {
+        Canvas* next = nullptr;        // the next older child to reach, null at the end
+        Qv::Ptr<iRegion> uncovered;    // what the parent leaves to it and older ones
+    };
+
+    // The canvas's shape as far as its ancestors and all younger heavyweight
+    // siblings along the way leave it showing: its visible region before its
+    // own children take their part.
+    Qv::Ptr<iRegion> uncovered(Canvas* canvas);
+
+    Qv::Map<const Canvas*, Qv::Ptr<iRegion>> m_uncovered;
+    Qv::Map<const Canvas*, Walk> m_walks;
+};
+
+} // namespace Tela
 
 // 0 at rest; each off lowers it, each on raises it. Off may be called from
 // any thread.

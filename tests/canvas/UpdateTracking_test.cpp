@@ -21,8 +21,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
+#include <random>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -123,6 +127,59 @@ TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_part
     EXPECT_TRUE(canvupd_visible_region(a)->contains({45, 45}));
     tela_unmapcanvas(a);
     EXPECT_EQ(canvupd_visible_region(inner), nullptr); // an unmapped ancestor hides everything
+}
+
+// Working out a whole pass of visible regions together must give, canvas for
+// canvas, exactly the rectangles of asking one canvas at a time: random trees of
+// overlapping, shaped, unshaped, unmapped, lightweight and translucent canvases,
+// asked for in random order.
+TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
+{
+    const auto rects_of = [](const RegionPtr& r) {
+        std::vector<std::array<int, 4>> out;
+        if (r) {
+            Qv::Vector<TopDownRect> rects;
+            r->getRects(rects);
+            for (const TopDownRect& t : rects)
+                out.push_back({t.left, t.top, t.right, t.bottom});
+        }
+        return out;
+    };
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<std::uint32_t>(n)); };
+        std::vector<Canvas*> canvases{root};
+        const int count = 10 + below(40);
+        for (int i = 0; i < count; ++i) {
+            Canvas* parent = canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))];
+            const int left = below(180), top = below(90);
+            Canvas* c = child(parent, left, top, left + 5 + below(80), top + 5 + below(50));
+            if (below(3) == 0) // an L or a ring: shapes need not be rectangles
+                c->shape(region_union(c->shape(), rect(left + below(40), top + below(30), left + 60, top + 40)));
+            if (below(8) == 0)
+                c->shape(nullptr);
+            c->mapped = below(6) != 0;
+            c->lightweight = below(5) == 0;
+            if (below(4) == 0)
+                c->setOpacity(0.5);
+            c->useAlphaChannel = below(6) == 0;
+            canvases.push_back(c);
+        }
+        std::shuffle(canvases.begin(), canvases.end(), random);
+        Tela::VisibleRegions pass;
+        for (Canvas* c : canvases) {
+            SCOPED_TRACE(c->id);
+            const RegionPtr together = pass.of(c), alone = canvupd_visible_region(c);
+            ASSERT_EQ(static_cast<bool>(together), static_cast<bool>(alone));
+            ASSERT_EQ(rects_of(together), rects_of(alone));
+        }
+        for (Canvas* c = root->oldestChild; c;) {
+            Canvas* next = c->youngerSibling;
+            tela_deletecanvas(c);
+            c = next;
+        }
+    }
 }
 
 TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show_at_once)

@@ -259,6 +259,71 @@ TEST(SoftwareRendererBlit, WholePixelBlitsMatchAModel)
     }
 }
 
+// Copies big enough to take the streaming path, at odd offsets so that rows start and
+// end off the cache lines, through clips with holes, and some reaching outside the
+// source (where pixman's copy, which writes transparent black there, takes over).
+TEST(SoftwareRendererBlit, LargeCopiesThroughAClipMatchAModel)
+{
+    constexpr int source_width = 300, source_height = 200, target_width = 420, target_height = 260;
+    for (std::uint32_t seed = 0; seed < 12; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        Pixels source_pixels(source_width * source_height);
+        for (std::uint32_t& pixel : source_pixels)
+            pixel = random_premultiplied(random);
+        Pixels model(target_width * target_height);
+        for (std::uint32_t& pixel : model)
+            pixel = random_premultiplied(random);
+        const Qv::Ptr<Headless::HostImage> source = image_of(source_width, source_height, source_pixels);
+        const Qv::Ptr<Headless::HostImage> target = image_of(target_width, target_height, model);
+        const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
+
+        std::vector<TopDownRect> clip_rects(seed % 3 == 0 ? 0 : 1 + random() % 4);
+        for (TopDownRect& rect : clip_rects) {
+            rect.left = static_cast<int>(random() % target_width) - 20;
+            rect.top = static_cast<int>(random() % target_height) - 20;
+            rect.right = rect.left + 100 + static_cast<int>(random() % target_width);
+            rect.bottom = rect.top + 60 + static_cast<int>(random() % target_height);
+        }
+        Qv::Ptr<iRegion> clip;
+        if (!clip_rects.empty())
+            Headless::PixmanRegion::create(clip, clip_rects.data(), clip_rects.size());
+        renderer->setClip(clip);
+        const auto clipped_in = [&](int x, int y) {
+            if (clip_rects.empty())
+                return true;
+            for (const TopDownRect& rect : clip_rects) {
+                if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom)
+                    return true;
+            }
+            return false;
+        };
+
+        const bool outside = seed % 4 == 3;
+        const int part_left = static_cast<int>(random() % 37);
+        const int part_top = static_cast<int>(random() % 20);
+        const TopDownRect part { part_left, part_top, part_left + 200 + static_cast<int>(random() % 60),
+                                 part_top + 120 + static_cast<int>(random() % 50) + (outside ? 100 : 0) };
+        const XY<int> at { static_cast<int>(random() % 150) - 30, static_cast<int>(random() % 80) - 20 };
+        const ImageDescription blit(source, at, part, false);
+        renderer->drawImages(&blit, 1);
+
+        for (int y = 0; y < part.height(); ++y) {
+            for (int x = 0; x < part.width(); ++x) {
+                const int dest_x = at.x + x, dest_y = at.y + y;
+                if (dest_x < 0 || dest_y < 0 || dest_x >= target_width || dest_y >= target_height
+                    || !clipped_in(dest_x, dest_y))
+                    continue;
+                const int source_x = part.left + x, source_y = part.top + y;
+                model[static_cast<std::size_t>(dest_y) * target_width + dest_x] = source_y < source_height
+                    ? source_pixels[static_cast<std::size_t>(source_y) * source_width + source_x]
+                    : 0u;
+            }
+        }
+        ASSERT_TRUE(same_pixels(pixels_of(*target), model, target_width));
+    }
+}
+
 TEST(SoftwareRendererBlit, AnImageDrawnIntoItselfMovesAsIfCopiedFirst)
 {
     const Pixels row { 0xff000001, 0xff000002, 0xff000003, 0xff000004, 0xff000005, 0xff000006 };
