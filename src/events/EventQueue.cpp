@@ -61,7 +61,7 @@ public:
 
     std::size_t count(const void* key) const
     {
-        return m_slots.empty() ? 0 : m_slots[find(key)].count;
+        return m_used == 0 ? 0 : m_slots[find(key)].count;
     }
 
     // Calls f(key) for each key with a non-zero count.
@@ -118,8 +118,10 @@ private:
 // pending, duplicate search) go newest first along `next`.
 //
 // Every live (type not 0) queued event is counted under the pointers a
-// handler's flush looks for: its `handler` and its `sender` in `named`, and,
-// when it goes to a canvas's client, its `canvas` in `routed`. A cancelled or
+// handler's flush looks for: its `handler` in `targets`, its `sender` in
+// `senders`, and, when it goes to a canvas's client, its `canvas` in `routed`.
+// Three tables rather than one, so that an empty one (few events carry a
+// sender) costs no lookup at all. A cancelled or
 // unlinked event is no longer counted. A handler whose pointers have no count,
 // and which is the client of no counted canvas, has nothing queued: its flush
 // need not walk, which keeps each delivered deferred action (whose wrapper
@@ -128,7 +130,8 @@ struct Queue {
     CriticalSection lock; // "event queue lock"
     Event* head = nullptr; // newest
     Event* tail = nullptr; // oldest
-    PointerCounts named;
+    PointerCounts targets;
+    PointerCounts senders;
     PointerCounts routed;
     std::uint64_t steps = 0; // events looked at by walks, for event_queue_steps
 };
@@ -156,21 +159,21 @@ void ensure_initialised()
 void count_in(Queue& q, const Event* event)
 {
     if (event->handler)
-        q.named.add(event->handler);
+        q.targets.add(event->handler);
     else if (event->canvas)
         q.routed.add(event->canvas);
     if (event->sender)
-        q.named.add(event->sender);
+        q.senders.add(event->sender);
 }
 
 void count_out(Queue& q, const Event* event)
 {
     if (event->handler)
-        q.named.remove(event->handler);
+        q.targets.remove(event->handler);
     else if (event->canvas)
         q.routed.remove(event->canvas);
     if (event->sender)
-        q.named.remove(event->sender);
+        q.senders.remove(event->sender);
 }
 
 // Called with the lock held.
@@ -215,7 +218,7 @@ void cancel(Queue& q, Event* event)
 void clear_sender(Queue& q, Event* event)
 {
     if (event->type != 0)
-        q.named.remove(event->sender);
+        q.senders.remove(event->sender);
     event->sender = nullptr;
 }
 
@@ -223,7 +226,7 @@ void clear_sender(Queue& q, Event* event)
 // handler as target or as sender; false means a flush for it has nothing to do.
 bool may_name(const Queue& q, EventHandler* handler)
 {
-    if (q.named.count(handler) != 0 || q.named.count(static_cast<iObject*>(handler)) != 0)
+    if (q.targets.count(handler) != 0 || q.senders.count(static_cast<iObject*>(handler)) != 0)
         return true;
     bool found = false;
     q.routed.forEach([&](const void* canvas) {
