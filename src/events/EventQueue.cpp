@@ -318,8 +318,10 @@ Event* event_receive()
     ensure_initialised();
     if (s_discard_stale_mouse_events.load(std::memory_order_relaxed) != 0) {
         // A gap of three seconds between receives means the main thread
-        // stalled: what the mouse did meanwhile is no longer wanted.
-        const auto now = static_cast<std::uint32_t>(msecsNow());
+        // stalled: what the mouse did meanwhile is no longer wanted. A gap of
+        // seconds needs no finer clock than the system's tick, which is far
+        // cheaper to read, and this runs for every event.
+        const auto now = static_cast<std::uint32_t>(msecsNowCoarse());
         if (now - s_last_receive_time > 3000)
             event_flush(static_cast<Canvas*>(nullptr), kMouseClass, true);
         s_last_receive_time = now;
