@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <ctime>
 
 namespace {
 std::atomic<bool> s_fake_active{false};
@@ -14,6 +15,19 @@ std::uint64_t msecsNow()
         return s_fake_now.load(std::memory_order_relaxed);
     const auto since_start = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count());
+}
+
+std::uint64_t msecsNowCoarse()
+{
+    if (s_fake_active.load(std::memory_order_acquire))
+        return s_fake_now.load(std::memory_order_relaxed);
+#if defined(CLOCK_MONOTONIC_COARSE)
+    // The clock steady_clock reads, as of the last tick.
+    timespec now{};
+    if (clock_gettime(CLOCK_MONOTONIC_COARSE, &now) == 0)
+        return static_cast<std::uint64_t>(now.tv_sec) * 1000u + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000u;
+#endif
+    return msecsNow();
 }
 
 void Qv::setFakeClock(std::uint64_t milliseconds)

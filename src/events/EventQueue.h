@@ -61,6 +61,11 @@ int event_pending(Canvas* canvas, int mask);
 Canvas* event_get_kbd_focus();
 void event_set_kbd_focus(Canvas* canvas);
 
+// How many queued events the queue's walks (flushes, pending tests, searches
+// for a duplicate or a named event) have looked at since start. Lets a test
+// see that the work of a drain grows with the queue, not with its square.
+std::uint64_t event_queue_steps();
+
 // Reads the queue's configuration again ("discard_stale_mouse_events") and
 // forgets the time of the last receive. Start-up calls it; so may tests.
 void event_queue_init();

@@ -58,12 +58,21 @@ void EventTimeServer::registerForTimeEvents(EventHandler* handler, unsigned inte
 {
     if (std::any_of(m_clients.begin(), m_clients.end(), [&](const Client& c) { return c.handler == handler; }))
         return;
-    m_clients.push_back(Client{handler, interval, interval ? now_ms() : 0, false, false});
+    m_clients.push_back(Client{handler, interval, interval ? registrationTime() : 0, false, false});
 }
 
 void EventTimeServer::registerForTimeEvent(EventHandler* handler, unsigned delay)
 {
-    m_clients.push_back(Client{handler, delay, now_ms(), true, false});
+    m_clients.push_back(Client{handler, delay, registrationTime(), true, false});
+}
+
+std::uint32_t EventTimeServer::registrationTime() const
+{
+    // During a walk the clock has moved past the walk's `now`; a record
+    // stamped with it would look due by almost 2^32 ms in this very walk,
+    // which reaches it. Stamped with the walk's time instead, it waits its
+    // interval from this tick like any other.
+    return m_notifying ? m_walk_time : now_ms();
 }
 
 void EventTimeServer::deRegisterForTimeEvents(EventHandler* handler)
@@ -93,6 +102,7 @@ void EventTimeServer::tick()
 void EventTimeServer::notifyClients(std::uint32_t now)
 {
     m_notifying = true;
+    m_walk_time = now;
     Event event;
     event.type = kTimerType;
     event.time = now;

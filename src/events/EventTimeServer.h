@@ -47,8 +47,11 @@ private:
     };
 
     void notifyClients(std::uint32_t now);
+    // The time a new record counts its interval from.
+    std::uint32_t registrationTime() const;
 
     Qv::List<Client> m_clients; // a list: records appended during a walk leave the walk intact
     std::uint32_t m_last_tick_time = 0;
     bool m_notifying = false;
+    std::uint32_t m_walk_time = 0; // the `now` of the walk under way
 };

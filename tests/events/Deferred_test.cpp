@@ -51,6 +51,35 @@ TEST(Deferred, work_runs_later_in_queue_order_unless_its_canvas_is_flushed)
     EXPECT_EQ(log, "aAbc");
 }
 
+// Each delivered action's wrapper dies with its event. With nothing else
+// queued for it, that death must not walk the queue, or a drain of n actions
+// costs n squared; the handler and the canvas events queued alongside must
+// still be found by their own flushes.
+TEST(Deferred, draining_actions_looks_at_no_queued_event_on_their_behalf)
+{
+    QueueScope scope;
+    constexpr int kActions = 2000;
+    RecordingHandler bystander;
+    Canvas* canvas = tela_newcanvas(nullptr, nullptr);
+    Event key(0x200);
+    key.canvas = canvas;
+    event_send(&key, false);
+    int ran = 0;
+    for (int i = 0; i < kActions; ++i)
+        defer([&] { ++ran; });
+    Event message(0x4001);
+    message.handler = &bystander;
+    message.sender = &bystander;
+    event_send(&message, false);
+
+    const std::uint64_t steps = event_queue_steps();
+    dispatch_all();
+    EXPECT_EQ(ran, kActions);
+    EXPECT_EQ(bystander.types.size(), 1u);
+    EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(kActions));
+    tela_deletecanvas(canvas);
+}
+
 TEST(Deferred, a_repeated_unique_id_cancels_the_pending_one_and_a_third_starts_afresh)
 {
     QueueScope scope;

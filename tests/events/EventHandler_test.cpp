@@ -3,6 +3,10 @@
 
 #include "EventSupport.h"
 
+#include "canvas/Canvas.h"
+#include "canvas/CanvasClient.h"
+#include "canvas/CanvasTree.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -100,6 +104,59 @@ TEST(EventHandlerTest, DeathCancelsWhatIsQueuedForItAndNothingElse)
         EXPECT_EQ(event.handler, &survivor);
         EXPECT_EQ(event.sender, nullptr);
     }
+}
+
+namespace {
+
+struct RecordingClient : CanvasClient {
+    eResult handleEvent(const Event&) override { return eHandled; }
+};
+
+} // namespace
+
+// A dying handler skips its walk when nothing live names it; these are the
+// ways something can, each on its own.
+TEST(EventHandlerTest, DeathFindsEventsThatNameItOnlyAsSenderOrThroughACanvas)
+{
+    QueueScope scope;
+    RecordingHandler survivor;
+    auto as_sender = std::make_unique<RecordingHandler>();
+    Event from(0x4001);
+    from.handler = &survivor;
+    from.sender = as_sender.get();
+    event_send(&from, false);
+    as_sender.reset();
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].sender, nullptr);
+
+    // Whose client a canvas event reaches is decided when the handler dies,
+    // not when the event was sent.
+    auto first = std::make_unique<RecordingClient>();
+    auto second = std::make_unique<RecordingClient>();
+    Canvas* canvas = tela_newcanvas(first.get(), nullptr);
+    Event key(0x200);
+    key.canvas = canvas;
+    event_send(&key, false);
+    canvas->client = second.get();
+    first.reset();
+    EXPECT_EQ(event_pending(canvas, 0x200), 1);
+    second.reset();
+    EXPECT_EQ(event_pending(canvas, 0x200), 0);
+
+    // A cancelled event no longer counts: the death that follows walks nothing.
+    auto target = std::make_unique<RecordingHandler>();
+    Event message(0x4001);
+    message.handler = target.get();
+    message.canvas = canvas;
+    event_send(&message, false);
+    event_flush(canvas, 0, false);
+    const std::uint64_t steps = event_queue_steps();
+    target.reset();
+    EXPECT_EQ(event_queue_steps(), steps);
+    canvas->client = nullptr;
+    tela_deletecanvas(canvas);
+    EXPECT_TRUE(receive_all().empty());
 }
 
 namespace {

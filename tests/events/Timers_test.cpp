@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 namespace {
 
@@ -81,6 +82,35 @@ TEST_F(Ticks, clients_are_called_when_due_and_one_shots_once)
     const std::size_t hundred_calls = hundred.calls.size();
     tick(200, 1);
     EXPECT_EQ(hundred.calls.size(), hundred_calls);
+    EXPECT_EQ(server.clientCount(), 0u);
+}
+
+TEST_F(Ticks, a_client_registered_during_a_walk_waits_its_interval_from_that_tick)
+{
+    Client first, periodic, one_shot, every;
+    EventTimeServer& server = EventTimeServer::instance();
+    // The clock moves on while the walk runs, as a real one does.
+    bool registered = false;
+    first.during_call = [&] {
+        if (std::exchange(registered, true))
+            return;
+        Qv::setFakeClock(now + 5);
+        server.registerForTimeEvents(&periodic, 100);
+        server.registerForTimeEvent(&one_shot, 60);
+        server.registerForTimeEvents(&every, 0); // every tick: reached in this walk
+    };
+    server.registerForTimeEvents(&first, 0);
+    tick(54, 1);
+    const auto walk = static_cast<std::uint32_t>(now);
+    EXPECT_TRUE(periodic.calls.empty());
+    EXPECT_TRUE(one_shot.calls.empty());
+    EXPECT_EQ(every.calls, (std::vector<std::uint32_t>{walk}));
+    tick(54, 2);
+    EXPECT_EQ(periodic.calls, (std::vector<std::uint32_t>{walk + 108})); // 100 on 54 ms ticks: 108
+    EXPECT_EQ(one_shot.calls, (std::vector<std::uint32_t>{walk + 108})); // 54 is not above 60
+    for (EventHandler* client : {static_cast<EventHandler*>(&first), static_cast<EventHandler*>(&periodic),
+                                 static_cast<EventHandler*>(&every)})
+        server.deRegisterForTimeEvents(client);
     EXPECT_EQ(server.clientCount(), 0u);
 }
 
