@@ -69,8 +69,8 @@ Canvas& Canvas::operator=(const Canvas& other)
     osRenderer = other.osRenderer;
     window = other.window;
     m_shape = other.m_shape;
-    updateRegion = other.updateRegion;
-    visibleRegion = other.visibleRegion;
+    m_updateRegion = other.m_updateRegion;
+    m_visibleRegion = other.m_visibleRegion;
     pickable = other.pickable;
     useAlphaChannel = other.useAlphaChannel;
     drawMethod = other.drawMethod;
@@ -108,8 +108,8 @@ void Canvas::init()
     osRenderer = nullptr;
     window = nullptr;
     m_shape = nullptr;
-    updateRegion = nullptr;
-    visibleRegion = nullptr;
+    m_updateRegion = nullptr;
+    m_visibleRegion = nullptr;
     pickable = true;
     useAlphaChannel = false;
     drawMethod = eBuffered;
@@ -282,16 +282,16 @@ Qv::Ptr<iPixelGuard> Canvas::lockPixels()
     return offscreenBuffer->lock();
 }
 
-Qv::Ptr<iRegion> Canvas::getVisibleRegion()
+Qv::Ptr<iRegion> Canvas::visibleRegion() const
 {
     CriticalSection::Guard guard(lock);
-    return visibleRegion;
+    return m_visibleRegion;
 }
 
-void Canvas::setVisibleRegion(const Qv::Ptr<iRegion>& region)
+void Canvas::visibleRegion(const Qv::Ptr<iRegion>& region)
 {
     CriticalSection::Guard guard(lock);
-    visibleRegion = region;
+    m_visibleRegion = region;
 }
 
 void Canvas::display(Qv::Ptr<iGraphicPrimitivesRenderer>& target)

@@ -61,7 +61,7 @@ void tela_deletecanvas(Canvas* canvas)
     event_flush(canvas, 0, false);
 
     canvas->shape(nullptr);
-    canvas->updateRegion = nullptr;
+    canvas->updateRegion(nullptr);
 
     if (state.currentMouseCanvas == canvas) {
         if (!canvas->isRoot()) {
@@ -72,6 +72,6 @@ void tela_deletecanvas(Canvas* canvas)
         state.currentMouseCanvas = nullptr;
     }
 
-    Tela::MouseContainmentManager::remove(canvas);
+    Tela::MouseContainmentManager::instance().remove(canvas);
     delete canvas; // the virtual destructor; the block goes back through the seam
 }

@@ -27,8 +27,8 @@ void invalidate_dirty(Canvas* root, Canvas* start)
         if (c->dirty) {
             if (c->mapped) {
                 Qv::Box<int> damage;
-                if (c->updateRegion) {
-                    c->updateRegion->getBox(damage);
+                if (c->updateRegion()) {
+                    c->updateRegion()->getBox(damage);
                     if (count == 0) {
                         box = damage;
                     } else {
@@ -36,7 +36,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
                                std::max(box.y2, damage.y2)};
                     }
                 }
-                c->setVisibleRegion(canvupd_visible_region(c));
+                c->visibleRegion(canvupd_visible_region(c));
                 ++count;
             }
             canvupd_mark_clean(c);

@@ -4,6 +4,8 @@
 #include "canvas/Canvas.h"
 #include "canvas/CanvasClient.h"
 
+#include <utility>
+
 namespace {
 
 bool is_candidate(Canvas* child, const XY<int>& position, bool lightweight)
@@ -48,4 +50,14 @@ Canvas* canvas_pick_if(Canvas* start, const XY<int>& position, std::function<boo
             return result;
         result = child;
     }
+}
+
+Canvas* Canvas::pick(const XY<int>& position)
+{
+    return canvas_pick(this, position);
+}
+
+Canvas* Canvas::pick(const XY<int>& position, std::function<bool(Canvas*)> accept)
+{
+    return canvas_pick_if(this, position, std::move(accept));
 }

@@ -52,7 +52,7 @@ bool mark(Canvas* c, const RegionPtr& region)
         return false;
     if (canvupdTrace != 0)
         std::printf("CANVUPD: canvas %d [parent %d], reason %d\n", c->id, c->parent ? c->parent->id : -99, 1);
-    c->updateRegion = region_union(clipped, c->updateRegion);
+    c->updateRegion(region_union(clipped, c->updateRegion()));
     set_dirty(c);
     return true;
 }
@@ -107,9 +107,9 @@ void canvupd_mark_rect(Canvas* canvas, int x1, int y1, int x2, int y2)
 {
     if (!canvas)
         return;
-    if (canvas->shape() && region_is_rect(canvas->updateRegion)) {
+    if (canvas->shape() && region_is_rect(canvas->updateRegion())) {
         Qv::Box<int> covered;
-        canvas->updateRegion->getBox(covered);
+        canvas->updateRegion()->getBox(covered);
         const RegionPtr probe = region_mkrect(canvas, x1, y1, x2, y2);
         Qv::Box<int> box;
         if (probe) {
@@ -134,21 +134,21 @@ void canvupd_mark_clean(Canvas* canvas)
     if (canvas == s_pending_canvas)
         s_pending_canvas = nullptr;
     canvas->dirty = 0;
-    canvas->updateRegion = nullptr;
+    canvas->updateRegion(nullptr);
 }
 
 void canvupd_flush(Canvas* canvas)
 {
     if (!canvas || !canvas->dirty || !canvas->shape())
         return;
-    if (!canvas->updateRegion) {
+    if (!canvas->updateRegion()) {
         canvupd_mark_clean(canvas);
         return;
     }
     const RegionPtr visible = canvupd_visible_region(canvas);
-    if (!region_eq(visible, canvas->getVisibleRegion()))
-        canvas->setVisibleRegion(visible);
-    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion)) {
+    if (!region_eq(visible, canvas->visibleRegion()))
+        canvas->visibleRegion(visible);
+    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion())) {
         Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
         if (canvas->window && !canvas->window->getRenderer(renderer, 1))
             canvas->window->invalidate(damaged); // the paint event comes back later
@@ -159,9 +159,9 @@ void canvupd_flush(Canvas* canvas)
     for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling) {
         if (!child->lightweight || !child->dirty)
             continue;
-        child->updateRegion = region_subtract(child->updateRegion, canvas->updateRegion, true);
-        child->setVisibleRegion(canvupd_visible_region(child));
-        if (!child->updateRegion)
+        child->updateRegion(region_subtract(child->updateRegion(), canvas->updateRegion(), true));
+        child->visibleRegion(canvupd_visible_region(child));
+        if (!child->updateRegion())
             child->dirty = 0;
     }
     canvupd_mark_clean(canvas);

@@ -61,7 +61,7 @@ protected:
         sink = Qv::make<RecordingSink>();
         iRootWindow::InitArgs args;
         args.size = {160, 120};
-        args.title = WString(u"Tela test");
+        args.name = WString(u"Tela test");
         args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
     args.eventHandler = sink;
         root = tela_createRootCanvas(args);
