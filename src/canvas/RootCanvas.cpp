@@ -177,6 +177,10 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
         tela_shader(4);
         tela_shader(5);
     }
+    // The first whole-window paint: a new window's frame is empty, and not
+    // every platform asks for a paint when it first shows. On the host road
+    // this paints the backdrop now; on a composited window it asks for a frame.
+    canvupd_mark_all(root);
     return root;
 }
 
