@@ -147,6 +147,8 @@ public:
 
 private:
     bool hasOffscreenBuffer(const XY<int>& size);
+    // translate, visiting at most `budget` canvases: a loop ends there.
+    void translateWithin(short dx, short dy, int& budget);
 
     Qv::Ptr<iRegion> m_shape;
 

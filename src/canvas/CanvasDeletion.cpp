@@ -25,6 +25,11 @@ void tela_deletecanvas(Canvas* canvas)
         return;
     TelaState& state = tela_state();
 
+    // A canvas in a loop of parents (made despite the report) is cut out of
+    // it first: its subtree is a tree again, and the deletion below ends.
+    if (canvas_is_in_loop(canvas))
+        canvas_disconnect(canvas);
+
     Canvas* root = canvas->getRootParent();
 
     if (gstate_stack_holds_canvas(canvas))

@@ -3,6 +3,7 @@
 #include "app/Diagnostics.h"
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
 #include "canvas/DisplayPipeline.h"
 #include "core/Memory.h"
@@ -68,7 +69,8 @@ void see_through(Canvas* c, const RegionPtr& region)
         return;
     }
     Canvas* top = c;
-    while (top->parent && top->parent->parent)
+    int steps_left = canvas_walk_limit();
+    while (top->parent && top->parent->parent && steps_left-- > 0)
         top = top->parent;
     for (Canvas* sibling = top->youngerSibling; sibling; sibling = sibling->youngerSibling)
         if (!sibling->isOpaque())
@@ -169,7 +171,9 @@ void canvupd_flush(Canvas* canvas)
 
 RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
 {
-    if (!canvas || !canvas->mapped)
+    // A canvas in a loop of parents reaches no root and shows nothing; the
+    // test also keeps the walks below from going round for ever.
+    if (!canvas || !canvas->mapped || canvas_is_in_loop(canvas))
         return nullptr;
     RegionPtr result = base ? base : canvas->shape();
     Qv::Vector<Canvas*> path; // the canvas up to the root, clipped all the way
