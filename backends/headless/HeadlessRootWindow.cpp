@@ -49,7 +49,7 @@ bool Headless::RootWindow::createOffscreenImage(Qv::Ptr<iImage>& out, const XY<i
 
 bool Headless::RootWindow::initWindow(const InitArgs& args)
 {
-    m_title = args.title;
+    m_title = args.name;
     m_position = args.position;
     m_title_bar = args.titleBar();
     m_maximised = args.maximised();
@@ -88,6 +88,8 @@ void Headless::RootWindow::postWake()
 
 bool Headless::RootWindow::dragFiles(const Qv::Vector<WString>& files)
 {
+    // Nothing to drag into: the paths are kept for tests, and the drag ends at once.
+    m_dragged = files;
     return !files.empty();
 }
 

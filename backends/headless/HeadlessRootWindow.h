@@ -65,6 +65,7 @@ public:
     std::int32_t mode() const { return m_mode; }
     bool initialised() const { return m_initialised; }
     const WString& title() const { return m_title; }
+    const Qv::Vector<WString>& draggedFiles() const { return m_dragged; } // of the last dragFiles
     std::uint64_t wakeCount() const { return m_wakes.load(); }
     const Qv::Ptr<iEventHandler>& eventHandler() const { return m_handler; }
     const Qv::Ptr<iRegion>& invalidRegion() const { return m_invalid.region(); }   // united since the last take
@@ -90,6 +91,7 @@ private:
     bool m_active = true;
     bool m_initialised = false;
     WString m_title;
+    Qv::Vector<WString> m_dragged;
     Qv::Ptr<iEventHandler> m_handler;
     InvalidArea m_invalid;
     Qv::Ptr<HostImage> m_pixels;

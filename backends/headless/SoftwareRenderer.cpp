@@ -372,7 +372,12 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
         std::memcpy(source_copy.as<std::uint8_t>(), source_lock->pixels(), source_bytes);
     }
     std::uint8_t* const source_pixels = same_pixels ? source_copy.as<std::uint8_t>() : source_lock->pixels();
-    const PixmanImage source_image(pixman_image_create_bits(PIXMAN_a8r8g8b8, source_size.x, source_size.y,
+    // Without blending the source's own alpha is not looked at; an opacity
+    // below 1 still lays the image over what is there by that share, so the
+    // source is read as opaque and laid over through the opacity alone.
+    const bool fade = !blend && opacity < 1.0f;
+    const PixmanImage source_image(pixman_image_create_bits(fade ? PIXMAN_x8r8g8b8 : PIXMAN_a8r8g8b8,
+                                                            source_size.x, source_size.y,
                                                             reinterpret_cast<std::uint32_t*>(source_pixels),
                                                             source_stride));
     if (!source_image.get())
@@ -452,7 +457,7 @@ void Headless::SoftwareRenderer::blit(const Qv::Ptr<iImage>& image, const Qv::Re
     }
     const PixmanImage mask_image(mask);
     // The coverage mask starts at (left, top); a solid mask is the same everywhere.
-    pixman_image_composite32(blend ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, source_image.get(), mask_image.get(), m_target,
+    pixman_image_composite32(blend || fade ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, source_image.get(), mask_image.get(), m_target,
                              left + source_x, top + source_y, 0, 0, left, top, width, height);
 }
 

@@ -80,7 +80,7 @@ bool Sdl::RootWindow::initWindow(const InitArgs& args)
     if (!args.titleBar())
         flags |= SDL_WINDOW_BORDERLESS;
     const bool placed = args.position.x != 0 || args.position.y != 0;
-    m_window = SDL_CreateWindow(toUTF8(args.title).c_str(), placed ? args.position.x : SDL_WINDOWPOS_UNDEFINED,
+    m_window = SDL_CreateWindow(toUTF8(args.name).c_str(), placed ? args.position.x : SDL_WINDOWPOS_UNDEFINED,
                                 placed ? args.position.y : SDL_WINDOWPOS_UNDEFINED, args.size.x > 0 ? args.size.x : m_size.x,
                                 args.size.y > 0 ? args.size.y : m_size.y, flags);
     if (!m_window) {

@@ -117,7 +117,7 @@ public:
         iRootWindow::InitArgs args;
         args.size = {kWidth, kHeight};
         args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
-        args.title = WString(u"Tela gallery");
+        args.name = WString(u"Tela gallery");
         // The library's full dispatcher (key bindings, intercept filters)
         // takes over once start-up is over.
         args.eventHandler = Qv::make<RootWindowEventHandler>();

@@ -69,8 +69,8 @@ Canvas& Canvas::operator=(const Canvas& other)
     osRenderer = other.osRenderer;
     window = other.window;
     m_shape = other.m_shape;
-    updateRegion = other.updateRegion;
-    visibleRegion = other.visibleRegion;
+    m_updateRegion = other.m_updateRegion;
+    m_visibleRegion = other.m_visibleRegion;
     pickable = other.pickable;
     useAlphaChannel = other.useAlphaChannel;
     drawMethod = other.drawMethod;
@@ -108,8 +108,8 @@ void Canvas::init()
     osRenderer = nullptr;
     window = nullptr;
     m_shape = nullptr;
-    updateRegion = nullptr;
-    visibleRegion = nullptr;
+    m_updateRegion = nullptr;
+    m_visibleRegion = nullptr;
     pickable = true;
     useAlphaChannel = false;
     drawMethod = eBuffered;
@@ -126,8 +126,11 @@ void Canvas::handleMouseContainment(bool contained)
 
 Canvas* Canvas::getRootParent() const
 {
+    // In a loop there is no root: the walk stops at the bound, on a canvas
+    // that no root window knows, so nothing is drawn for it.
     const Canvas* canvas = this;
-    while (canvas->parent)
+    int steps_left = canvas_walk_limit();
+    while (canvas->parent && steps_left-- > 0)
         canvas = canvas->parent;
     return const_cast<Canvas*>(canvas);
 }
@@ -241,7 +244,13 @@ void Canvas::reshape(const XY<int>& size)
 
 void Canvas::translate(short dx, short dy)
 {
-    if (dx == 0 && dy == 0)
+    int budget = canvas_walk_limit();
+    translateWithin(dx, dy, budget);
+}
+
+void Canvas::translateWithin(short dx, short dy, int& budget)
+{
+    if ((dx == 0 && dy == 0) || budget-- <= 0)
         return;
     matrix[0][2] += dx;
     matrix[1][2] += dy;
@@ -254,7 +263,7 @@ void Canvas::translate(short dx, short dy)
         renderer.clear();
     }
     for (Canvas* child = youngestChild; child; child = child->olderSibling)
-        child->translate(dx, dy);
+        child->translateWithin(dx, dy, budget);
 }
 
 Qv::Ptr<iGraphicPrimitivesRenderer> Canvas::getOSRenderer()
@@ -282,16 +291,16 @@ Qv::Ptr<iPixelGuard> Canvas::lockPixels()
     return offscreenBuffer->lock();
 }
 
-Qv::Ptr<iRegion> Canvas::getVisibleRegion()
+Qv::Ptr<iRegion> Canvas::visibleRegion() const
 {
     CriticalSection::Guard guard(lock);
-    return visibleRegion;
+    return m_visibleRegion;
 }
 
-void Canvas::setVisibleRegion(const Qv::Ptr<iRegion>& region)
+void Canvas::visibleRegion(const Qv::Ptr<iRegion>& region)
 {
     CriticalSection::Guard guard(lock);
-    visibleRegion = region;
+    m_visibleRegion = region;
 }
 
 void Canvas::display(Qv::Ptr<iGraphicPrimitivesRenderer>& target)

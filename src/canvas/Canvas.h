@@ -20,6 +20,7 @@
 #include "render/SurroundParams.h"
 
 #include <cstdint>
+#include <functional>
 
 class CanvasClient;
 
@@ -90,9 +91,17 @@ public:
     Qv::Ptr<iPixelGuard> lockPixels();
     Qv::Ptr<iRootWindow> getWindow() const { return window; }
 
-    // The last computed visible part, under `lock`.
-    Qv::Ptr<iRegion> getVisibleRegion();
-    void setVisibleRegion(const Qv::Ptr<iRegion>& region);
+    // The last computed visible part: read and stored under `lock`, since a
+    // video thread's render target reads it while the main thread recomputes.
+    Qv::Ptr<iRegion> visibleRegion() const;
+    void visibleRegion(const Qv::Ptr<iRegion>& region);
+    // Damage not yet shown; main thread only, so no lock.
+    const Qv::Ptr<iRegion>& updateRegion() const { return m_updateRegion; }
+    void updateRegion(const Qv::Ptr<iRegion>& region) { m_updateRegion = region; }
+
+    // The deepest canvas under a point, starting below this one (see Picking.h).
+    Canvas* pick(const XY<int>& position);
+    Canvas* pick(const XY<int>& position, std::function<bool(Canvas*)> accept);
 
     void shape(const Qv::Ptr<iRegion>& region); // stores; marks nothing
     const Qv::Ptr<iRegion>& shape() const { return m_shape; }
@@ -140,19 +149,23 @@ public:
 
 private:
     bool hasOffscreenBuffer(const XY<int>& size);
+    // translate, visiting at most `budget` canvases: a loop ends there.
+    void translateWithin(short dx, short dy, int& budget);
 
     Qv::Ptr<iRegion> m_shape;
 
 public:
-    Qv::Ptr<iRegion> updateRegion;
-    Qv::Ptr<iRegion> visibleRegion; // guarded by `lock`
+    // The accessor pairs above carry these fields' names, so the fields take
+    // the m_ prefix; order and layout are unchanged.
+    Qv::Ptr<iRegion> m_updateRegion;
+    Qv::Ptr<iRegion> m_visibleRegion; // guarded by `lock`
     bool pickable = true;
     bool useAlphaChannel = false;
     DrawMethod drawMethod = eBuffered;
     double opacity = 1.0;
     CanvasRenderer renderer;
     SurroundParams edgeEffect;
-    CriticalSection lock; // guards offscreenBuffer, osRenderer, visibleRegion
+    mutable CriticalSection lock; // guards offscreenBuffer, osRenderer, m_visibleRegion
     std::int32_t revision = 0;
 };
 

@@ -36,6 +36,10 @@ void tela_deletecanvas(Canvas* canvas)
         canvas->canvasFlags &= ~Canvas::kApplicationRoot;
         OS()->windowing()->shutdownMessageLoop();
     }
+    // A canvas in a loop of parents (made despite the report) is cut out of
+    // it first: its subtree is a tree again, and the deletion below ends.
+    if (canvas_is_in_loop(canvas))
+        canvas_disconnect(canvas);
 
     Canvas* root = canvas->getRootParent();
 
@@ -76,7 +80,7 @@ void tela_deletecanvas(Canvas* canvas)
     event_flush(canvas, 0, false);
 
     canvas->shape(nullptr);
-    canvas->updateRegion = nullptr;
+    canvas->updateRegion(nullptr);
 
     if (state.currentMouseCanvas == canvas) {
         if (!canvas->isRoot()) {
@@ -87,6 +91,6 @@ void tela_deletecanvas(Canvas* canvas)
         state.currentMouseCanvas = nullptr;
     }
 
-    Tela::MouseContainmentManager::remove(canvas);
+    Tela::MouseContainmentManager::instance().remove(canvas);
     delete canvas; // the virtual destructor; the block goes back through the seam
 }

@@ -1,6 +1,7 @@
 #include "canvas/CanvasGeometry.h"
 
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
 #include "canvas/Coordinates.h"
 #include "canvas/Mapping.h"
@@ -85,7 +86,8 @@ void move_one(Canvas* canvas, int dx, int dy)
 
 Canvas* canvdraw_canvas(Canvas* canvas)
 {
-    while (canvas && canvas->lightweight && canvas->parent)
+    int steps_left = canvas_walk_limit();
+    while (canvas && canvas->lightweight && canvas->parent && steps_left-- > 0)
         canvas = canvas->parent;
     return canvas;
 }
@@ -110,7 +112,8 @@ Qv::Box<int> clipRectToLightweightCanvas(const Qv::Box<int>& box, Canvas* canvas
         return box;
     const XY<int> origin(static_cast<int>(canvas->matrix[0][2]), static_cast<int>(canvas->matrix[1][2]));
     Qv::Box<int> clipped{box.x1 + origin.x, box.y1 + origin.y, box.x2 + origin.x, box.y2 + origin.y};
-    for (Canvas* c = canvas; c && c->shape() && !c->isRoot(); c = c->parent) {
+    int steps_left = canvas_walk_limit();
+    for (Canvas* c = canvas; c && c->shape() && !c->isRoot() && steps_left-- > 0; c = c->parent) {
         const Qv::Box<int> extents = c->getExtents();
         clipped = {std::max(clipped.x1, extents.x1), std::max(clipped.y1, extents.y1),
                    std::min(clipped.x2, extents.x2), std::min(clipped.y2, extents.y2)};

@@ -18,7 +18,8 @@ void canvas_connect(Canvas* child, Canvas* parent, int level)
         return;
     if (!parent)
         tela_splat("canvas_connect: bad parent");
-    for (Canvas* ancestor = parent; ancestor; ancestor = ancestor->parent) {
+    int steps_left = canvas_walk_limit();
+    for (Canvas* ancestor = parent; ancestor && steps_left-- > 0; ancestor = ancestor->parent) {
         if (ancestor == child) {
             // Reported, then made anyway: the caller asked for it.
             tela_splat("canvas_connect: attempt to make loop in canvas tree");
@@ -173,9 +174,26 @@ bool canvas_is_topmost(Canvas* canvas)
     return canvas_sibling_level(canvas) == canvas->parent->childCount - 1;
 }
 
+int canvas_walk_limit()
+{
+    // Copies made by the copy constructor count as live too, so this is
+    // never less than the canvases a walk can meet, plus the start.
+    return tela_live_canvas_count() + 1;
+}
+
+bool canvas_is_in_loop(const Canvas* canvas)
+{
+    int steps_left = canvas_walk_limit();
+    for (; canvas; canvas = canvas->parent)
+        if (--steps_left < 0)
+            return true;
+    return false;
+}
+
 bool canvas_is_child(Canvas* root, Canvas* canvas)
 {
-    for (; canvas; canvas = canvas->parent)
+    int steps_left = canvas_walk_limit();
+    for (; canvas && steps_left-- > 0; canvas = canvas->parent)
         if (canvas == root)
             return true;
     return false;
@@ -183,9 +201,10 @@ bool canvas_is_child(Canvas* root, Canvas* canvas)
 
 bool canvas_is_mapped_to_root(Canvas* canvas)
 {
+    int steps_left = canvas_walk_limit();
     for (; canvas; canvas = canvas->parent)
-        if (!canvas->mapped)
-            return false;
+        if (!canvas->mapped || steps_left-- <= 0)
+            return false; // a loop reaches no root
     return true;
 }
 

@@ -29,6 +29,15 @@ bool canvas_is_topmost(Canvas* canvas);
 // The level of the highest child that is not keep-topmost; -1 when there is none.
 int canvas_highest_normal_level(Canvas* parent);
 
+// A canvas made its own ancestor through canvas_connect (reported, and made
+// as asked) would send any walk round for ever. Every walk over the tree is
+// therefore bounded by canvas_walk_limit() steps, more than a sound tree ever
+// needs; a canvas in such a loop reaches no root and shows nothing.
+int canvas_walk_limit();
+// True when the canvas's chain of parents does not end: it is part of, or
+// hangs below, a loop.
+bool canvas_is_in_loop(const Canvas* canvas);
+
 bool canvas_is_child(Canvas* root, Canvas* canvas); // root itself included
 bool canvas_is_mapped_to_root(Canvas* canvas);      // true for null
 Canvas* tela_parentcanvas(Canvas* canvas);

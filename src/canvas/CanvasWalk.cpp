@@ -1,6 +1,7 @@
 #include "canvas/CanvasWalk.h"
 
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 
 namespace {
 
@@ -26,8 +27,12 @@ Canvas* children(Canvas* canvas, Canvas* previous)
 template <typename Order>
 Canvas* deepest_first_descendant(Canvas* canvas)
 {
-    while (Canvas* child = Order::first(canvas))
+    int steps_left = canvas_walk_limit();
+    while (Canvas* child = Order::first(canvas)) {
+        if (steps_left-- <= 0)
+            break;
         canvas = child;
+    }
     return canvas;
 }
 
@@ -38,8 +43,8 @@ Canvas* subtree(Canvas* root, Canvas* previous)
 {
     if (!root)
         return nullptr;
-    if (!previous)
-        return deepest_first_descendant<Order>(root);
+    if (!previous) // the walk stays below `root`, and meets a loop only if `root` is in it
+        return canvas_is_in_loop(root) ? nullptr : deepest_first_descendant<Order>(root);
     if (previous == root)
         return nullptr;
     if (Canvas* sibling = Order::next(previous))
@@ -54,7 +59,7 @@ Canvas* preorder(Canvas* root, Canvas* previous)
     if (!root)
         return nullptr;
     if (!previous)
-        return root;
+        return canvas_is_in_loop(root) ? nullptr : root;
     if (Canvas* child = Order::first(previous))
         return child;
     for (Canvas* node = previous; node && node != root; node = node->parent)
@@ -69,7 +74,9 @@ Canvas* canvas_walk_ancestors(Canvas* canvas, Canvas* previous)
 {
     if (!canvas)
         return nullptr;
-    return previous ? previous->parent : canvas->parent;
+    if (!previous) // a chain that does not end is not walked at all
+        return canvas_is_in_loop(canvas) ? nullptr : canvas->parent;
+    return previous->parent;
 }
 
 Canvas* canvas_walk_children(Canvas* canvas, Canvas* previous)

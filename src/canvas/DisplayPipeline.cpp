@@ -28,8 +28,8 @@ void invalidate_dirty(Canvas* root, Canvas* start)
         if (c->dirty) {
             if (c->mapped) {
                 Qv::Box<int> damage;
-                if (c->updateRegion) {
-                    c->updateRegion->getBox(damage);
+                if (c->updateRegion()) {
+                    c->updateRegion()->getBox(damage);
                     if (count == 0) {
                         box = damage;
                     } else {
@@ -37,7 +37,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
                                std::max(box.y2, damage.y2)};
                     }
                 }
-                c->setVisibleRegion(visible.of(c));
+                c->visibleRegion(visible.of(c));
                 ++count;
             }
             canvupd_mark_clean(c);
@@ -153,9 +153,11 @@ void blit(Canvas* canvas, const RegionPtr& region)
     const XY<int> origin(box.x1 + position.x, box.y1 + position.y);
     tela_compose_window_area(canvas->getRootParent(), scratch_renderer,
                              Qv::Box<int>{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()}, canvas);
-    // A canvas below full opacity blends whatever its buffer's alpha says.
+    // The buffer's own alpha counts only with useAlphaChannel; the opacity is
+    // the description's alpha either way, and the renderer lays the canvas
+    // over what lies beneath by that share.
     ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), TopDownRect{box.x1, box.y1, box.x2, box.y2},
-                         canvas->useAlphaChannel || canvas->opacity < 1.0);
+                         canvas->useAlphaChannel);
     own.opacity = static_cast<float>(canvas->opacity);
     scratch_renderer->drawImages(&own, 1);
     scratch_renderer = nullptr;

@@ -35,7 +35,7 @@ void tela_mapcanvas(Canvas* canvas)
     // Older siblings it now hides part of have a smaller visible region.
     for (Canvas* older = canvas->olderSibling; older; older = older->olderSibling)
         if (older->shape() && region_bbx_overlap(older->shape(), canvas->shape()))
-            older->setVisibleRegion(canvupd_visible_region(older));
+            older->visibleRegion(canvupd_visible_region(older));
 }
 
 void tela_unmapcanvas(Canvas* canvas)

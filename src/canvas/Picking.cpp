@@ -3,6 +3,9 @@
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
 #include "canvas/CanvasClient.h"
+#include "canvas/CanvasTree.h"
+
+#include <utility>
 
 namespace {
 
@@ -40,7 +43,8 @@ Canvas* canvas_pick_if(Canvas* start, const XY<int>& position, std::function<boo
         start = root;
     }
     Canvas* result = start;
-    for (;;) {
+    // Each step goes one level deeper; a loop below `start` ends at the bound.
+    for (int steps_left = canvas_walk_limit(); steps_left > 0; --steps_left) {
         Canvas* child = accepted_child(result, position, false, accept);
         if (!child)
             child = accepted_child(result, position, true, accept);
@@ -48,4 +52,15 @@ Canvas* canvas_pick_if(Canvas* start, const XY<int>& position, std::function<boo
             return result;
         result = child;
     }
+    return result;
+}
+
+Canvas* Canvas::pick(const XY<int>& position)
+{
+    return canvas_pick(this, position);
+}
+
+Canvas* Canvas::pick(const XY<int>& position, std::function<bool(Canvas*)> accept)
+{
+    return canvas_pick_if(this, position, std::move(accept));
 }

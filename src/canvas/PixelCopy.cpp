@@ -1,6 +1,7 @@
 #include "canvas/PixelCopy.h"
 
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 #include "canvas/CanvasGeometry.h"
 #include "canvas/UpdateTracking.h"
 #include "platform/GraphicPrimitives.h"
@@ -10,7 +11,8 @@
 RegionPtr tela_clip_through_lightweight_chain(const RegionPtr& region, Canvas* canvas)
 {
     RegionPtr clipped = region;
-    for (Canvas* c = canvas; c && c->lightweight && clipped; c = c->parent) {
+    int steps_left = canvas_walk_limit();
+    for (Canvas* c = canvas; c && c->lightweight && clipped && steps_left-- > 0; c = c->parent) {
         if (!c->shape())
             continue;
         clipped = region_intersect(clipped, c->shape()); // null when nothing is left

@@ -94,7 +94,7 @@ void RootCanvas::displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRendere
 {
     for (Canvas* c = first; c; c = c->youngerSibling) {
         // Unmapped or wholly covered: skipped with everything on it.
-        if (!c->mapped || !c->getVisibleRegion())
+        if (!c->mapped || !c->visibleRegion())
             continue;
         c->display(renderer);
         displaySubtree(c->oldestChild, renderer);
@@ -155,7 +155,7 @@ void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler)
 RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
 {
     Qv::Ptr<iRootWindow> window;
-    if (!OS()->windowing()->createRootWindow(window, args.mode) || !window)
+    if (!OS()->windowing()->createRootWindow(window, static_cast<std::int32_t>(args.mode)) || !window)
         return nullptr;
     // Initialised first, so that the root's shape is the size asked for.
     if (!window->initWindow(args))
@@ -177,6 +177,10 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
         tela_shader(4);
         tela_shader(5);
     }
+    // The first whole-window paint: a new window's frame is empty, and not
+    // every platform asks for a paint when it first shows. On the host road
+    // this paints the backdrop now; on a composited window it asks for a frame.
+    canvupd_mark_all(root);
     return root;
 }
 

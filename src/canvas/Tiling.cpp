@@ -8,17 +8,6 @@
 
 #include <algorithm>
 
-namespace {
-
-// `value` modulo `size`, in [0, size) also for negative values.
-int wrap(int value, int size)
-{
-    const int rest = value % size;
-    return rest < 0 ? rest + size : rest;
-}
-
-} // namespace
-
 void tela_tile_image(const Qv::Ptr<iImage>& image, iGraphicPrimitivesRenderer& renderer, const TopDownRect& dest,
                      const XY<int>& phase)
 {
@@ -28,18 +17,26 @@ void tela_tile_image(const Qv::Ptr<iImage>& image, iGraphicPrimitivesRenderer& r
     image->getSize(tile);
     if (tile.x <= 0 || tile.y <= 0)
         return;
-    const int first_x = dest.left - wrap(phase.x, tile.x);
-    const int first_y = dest.top - wrap(phase.y, tile.y);
+    // The language's remainder: a negative phase gives a negative offset, and
+    // the grid then starts inside `dest`, leaving a strip at its left (or
+    // top) unpainted. Callers rely on this placement, strips included.
+    const int offset_x = phase.x % tile.x;
+    const int offset_y = phase.y % tile.y;
+    const int source_base_x = offset_x != 0 ? 0 : phase.x;
+    const int source_base_y = offset_y != 0 ? 0 : phase.y;
+    const int first_x = dest.left - offset_x;
+    const int first_y = dest.top - offset_y;
     for (int y = first_y; y < dest.bottom; y += tile.y) {
         for (int x = first_x; x < dest.right; x += tile.x) {
-            // Tiles cut by the edges of `dest` draw only their part inside it,
-            // so that nothing lands outside even with no clip set.
+            // A tile cut at the left or top is drawn from the edge of `dest`
+            // at its full size, reaching past the image; the next tile, drawn
+            // later, covers that overhang.
             const int draw_x = std::max(dest.left, x);
             const int draw_y = std::max(dest.top, y);
-            const int source_x = draw_x - x;
-            const int source_y = draw_y - y;
-            const int width = std::min(tile.x - source_x, dest.right - draw_x);
-            const int height = std::min(tile.y - source_y, dest.bottom - draw_y);
+            const int source_x = (source_base_x + draw_x - x) % tile.x;
+            const int source_y = (source_base_y + draw_y - y) % tile.y;
+            const int width = std::min(tile.x, dest.right - x);
+            const int height = std::min(tile.y, dest.bottom - y);
             const ImageDescription piece(image, XY<int>{draw_x, draw_y},
                                          TopDownRect{source_x, source_y, source_x + width, source_y + height}, false);
             renderer.drawImages(&piece, 1);

@@ -7,10 +7,14 @@
 #include "platform/iImage.h"
 
 // Covers `dest` (target pixels, top-down) with copies of `image`. The grid
-// starts `phase` pixels (modulo the tile size) before the corner of `dest`:
-// phase (0, 0) puts a whole tile at the corner, and phase = the corner itself
-// lines the tiles up with the target's origin. Unblended; no clip is set. An
-// image of no size draws nothing.
+// starts `phase % size` pixels before the corner of `dest`, with the
+// language's remainder: phase (0, 0) puts a whole tile at the corner, a
+// positive phase equal to the corner lines the tiles up with the target's
+// origin, and a negative phase starts the grid inside `dest`, leaving a strip
+// unpainted. A tile cut at the left or top keeps its full size from the edge
+// of `dest`; the tiles after it cover what it overhangs, and only the last
+// column and row are cut to `dest`. Unblended; no clip is set. An image of no
+// size draws nothing.
 void tela_tile_image(const Qv::Ptr<iImage>& image, iGraphicPrimitivesRenderer& renderer, const TopDownRect& dest,
                      const XY<int>& phase);
 

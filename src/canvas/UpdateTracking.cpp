@@ -3,6 +3,7 @@
 #include "app/Diagnostics.h"
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
 #include "canvas/DisplayPipeline.h"
 #include "core/Memory.h"
@@ -52,7 +53,7 @@ bool mark(Canvas* c, const RegionPtr& region)
         return false;
     if (canvupdTrace != 0)
         std::printf("CANVUPD: canvas %d [parent %d], reason %d\n", c->id, c->parent ? c->parent->id : -99, 1);
-    c->updateRegion = region_union(clipped, c->updateRegion);
+    c->updateRegion(region_union(clipped, c->updateRegion()));
     set_dirty(c);
     return true;
 }
@@ -68,7 +69,8 @@ void see_through(Canvas* c, const RegionPtr& region)
         return;
     }
     Canvas* top = c;
-    while (top->parent && top->parent->parent)
+    int steps_left = canvas_walk_limit();
+    while (top->parent && top->parent->parent && steps_left-- > 0)
         top = top->parent;
     for (Canvas* sibling = top->youngerSibling; sibling; sibling = sibling->youngerSibling)
         if (!sibling->isOpaque())
@@ -96,15 +98,15 @@ void flush(Canvas* canvas, Tela::VisibleRegions* regions)
 {
     if (!canvas || !canvas->dirty || !canvas->shape())
         return;
-    if (!canvas->updateRegion) {
+    if (!canvas->updateRegion()) {
         canvupd_mark_clean(canvas);
         return;
     }
     const auto visible_region = [regions](Canvas* c) { return regions ? regions->of(c) : canvupd_visible_region(c); };
     const RegionPtr visible = visible_region(canvas);
-    if (!region_eq(visible, canvas->getVisibleRegion()))
-        canvas->setVisibleRegion(visible);
-    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion)) {
+    if (!region_eq(visible, canvas->visibleRegion()))
+        canvas->visibleRegion(visible);
+    if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion())) {
         Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
         if (canvas->window && !canvas->window->getRenderer(renderer, 1))
             canvas->window->invalidate(damaged); // the paint event comes back later
@@ -115,9 +117,9 @@ void flush(Canvas* canvas, Tela::VisibleRegions* regions)
     for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling) {
         if (!child->lightweight || !child->dirty)
             continue;
-        child->updateRegion = region_subtract(child->updateRegion, canvas->updateRegion, true);
-        child->setVisibleRegion(visible_region(child));
-        if (!child->updateRegion)
+        child->updateRegion(region_subtract(child->updateRegion(), canvas->updateRegion(), true));
+        child->visibleRegion(visible_region(child));
+        if (!child->updateRegion())
             child->dirty = 0;
     }
     canvupd_mark_clean(canvas);
@@ -138,9 +140,9 @@ void canvupd_mark_rect(Canvas* canvas, int x1, int y1, int x2, int y2)
 {
     if (!canvas)
         return;
-    if (canvas->shape() && region_is_rect(canvas->updateRegion)) {
+    if (canvas->shape() && region_is_rect(canvas->updateRegion())) {
         Qv::Box<int> covered;
-        canvas->updateRegion->getBox(covered);
+        canvas->updateRegion()->getBox(covered);
         const RegionPtr probe = region_mkrect(canvas, x1, y1, x2, y2);
         Qv::Box<int> box;
         if (probe) {
@@ -165,7 +167,7 @@ void canvupd_mark_clean(Canvas* canvas)
     if (canvas == s_pending_canvas)
         s_pending_canvas = nullptr;
     canvas->dirty = 0;
-    canvas->updateRegion = nullptr;
+    canvas->updateRegion(nullptr);
 }
 
 void canvupd_flush(Canvas* canvas)
@@ -180,7 +182,9 @@ void canvupd_flush(Canvas* canvas, Tela::VisibleRegions& regions)
 
 RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
 {
-    if (!canvas || !canvas->mapped)
+    // A canvas in a loop of parents reaches no root and shows nothing; the
+    // test also keeps the walks below from going round for ever.
+    if (!canvas || !canvas->mapped || canvas_is_in_loop(canvas))
         return nullptr;
     RegionPtr result = base ? base : canvas->shape();
     Qv::Vector<Canvas*> path; // the canvas up to the root, clipped all the way
@@ -201,7 +205,9 @@ RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
 
 RegionPtr Tela::VisibleRegions::of(Canvas* canvas)
 {
-    if (!canvas || !canvas->mapped)
+    // As for one canvas alone: a loop of parents shows nothing, and the
+    // walk up the families below would never end.
+    if (!canvas || !canvas->mapped || canvas_is_in_loop(canvas))
         return nullptr;
     return subtract_children(uncovered(canvas), canvas, canvas->shape());
 }

@@ -4,6 +4,7 @@
 #include "canvas/Wipe.h"
 
 #include "canvas/Canvas.h"
+#include "canvas/CanvasTree.h"
 #include "canvas/CanvasGeometry.h"
 #include "canvas/UpdateTracking.h"
 #include "colour/CurrentColour.h"
@@ -23,7 +24,8 @@ void tela_wipecanvas()
     // A lightweight canvas is cut by every lightweight ancestor on the way to
     // the buffer's owner.
     RegionPtr area = canvas->shape();
-    for (Canvas* c = canvas->parent; c && c->lightweight && area; c = c->parent)
+    int steps_left = canvas_walk_limit();
+    for (Canvas* c = canvas->parent; c && c->lightweight && area && steps_left-- > 0; c = c->parent)
         area = region_intersect(area, c->shape());
     if (!area)
         return;

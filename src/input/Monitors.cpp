@@ -1,4 +1,5 @@
 #include "input/Monitors.h"
+#include "input/Monitors_private.h"
 
 #include "app/TelaState.h"
 #include "canvas/Canvas.h"
@@ -26,7 +27,7 @@ bool contains(const Qv::Box<int>& box, const XY<int>& point)
 ScreenContaining screen_containing(XY<int> position)
 {
     Qv::Vector<MonitorInfo> monitors;
-    Tela::getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     if (monitors.empty())
         return {};
     position = XY<int>(position.x + monitors.front().screenBox.x1, position.y + monitors.front().screenBox.y1);
@@ -71,7 +72,7 @@ Qv::Box<int> overlap(const Qv::Box<int>& a, const Qv::Box<int>& b)
 
 } // namespace
 
-void Tela::getMonitors(Qv::Vector<MonitorInfo>& monitors)
+void Tela::getMonitorList(Qv::Vector<MonitorInfo>& monitors)
 {
     // Read once (per configuration: tests reload it).
     static unsigned read_in = ~0u;
@@ -98,10 +99,19 @@ void Tela::getMonitors(Qv::Vector<MonitorInfo>& monitors)
     monitors.push_back(right);
 }
 
+void Tela::getMonitors(std::vector<MonitorInfo>& monitors)
+{
+    // The application's own container: the list is copied across once here,
+    // so the library's lists stay on the memory seam.
+    Qv::Vector<MonitorInfo> list;
+    getMonitorList(list);
+    monitors.assign(list.begin(), list.end());
+}
+
 MonitorInfo Tela::getMonitorAtPos(const XY<int>& position)
 {
     Qv::Vector<MonitorInfo> monitors;
-    getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     for (const MonitorInfo& monitor : monitors)
         if (contains(monitor.desktopBox, position))
             return monitor;
@@ -111,7 +121,7 @@ MonitorInfo Tela::getMonitorAtPos(const XY<int>& position)
 MonitorInfo Tela::getPrimaryMonitor()
 {
     Qv::Vector<MonitorInfo> monitors;
-    getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     for (const MonitorInfo& monitor : monitors)
         if (monitor.isPrimary)
             return monitor;
@@ -121,7 +131,7 @@ MonitorInfo Tela::getPrimaryMonitor()
 unsigned char Tela::getNumMonitors()
 {
     Qv::Vector<MonitorInfo> monitors;
-    getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     return static_cast<unsigned char>(monitors.size());
 }
 
@@ -133,7 +143,7 @@ unsigned tela_getNumMonitors()
 XY<int> tela_getDesktopDimensions()
 {
     Qv::Vector<MonitorInfo> monitors;
-    Tela::getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     if (monitors.empty())
         return {};
     Qv::Box<int> all = monitors.front().desktopBox;

@@ -10,10 +10,13 @@
 #include "platform/Geometry.h"
 #include "platform/iSystemInfo.h"
 
+#include <vector>
+
 class Canvas;
 
 namespace Tela {
-void getMonitors(Qv::Vector<iSystemInfo::MonitorInfo>& monitors);
+// The system's monitors, or the two made-up halves of the first one.
+void getMonitors(std::vector<iSystemInfo::MonitorInfo>& monitors);
 // The first monitor whose desktop box holds the point (right and bottom
 // edges outside); an empty record, of width 0, when none does.
 iSystemInfo::MonitorInfo getMonitorAtPos(const XY<int>& position);

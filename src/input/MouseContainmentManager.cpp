@@ -2,64 +2,65 @@
 
 #include "canvas/Canvas.h"
 #include "canvas/CanvasTree.h"
-#include "core/Memory.h"
 
 #include <algorithm>
 #include <new>
 
 namespace Tela {
 
-namespace {
-
-// Outermost first. Main thread only. Never destroyed: canvases may still
-// be removed from it while statics are torn down.
-Qv::Vector<Canvas*>& containers()
+MouseContainmentManager& MouseContainmentManager::instance()
 {
-    alignas(Qv::Vector<Canvas*>) static unsigned char storage[sizeof(Qv::Vector<Canvas*>)];
-    static auto* chain = ::new (storage) Qv::Vector<Canvas*>();
-    return *chain;
+    alignas(MouseContainmentManager) static unsigned char storage[sizeof(MouseContainmentManager)];
+    static auto* manager = ::new (storage) MouseContainmentManager();
+    return *manager;
 }
 
-} // namespace
-
-bool MouseContainmentManager::isChildOf(const Canvas* child, const Canvas* parent)
+bool MouseContainmentManager::isChildOf(Canvas* child, Canvas* parent)
 {
     if (!child || !parent || child == parent)
         return false;
-    for (const Canvas* c = child->parent; c; c = c->parent)
+    // A chain longer than the live canvases is a loop made by misuse.
+    int steps_left = tela_live_canvas_count();
+    for (const Canvas* c = child->parent; c && steps_left-- > 0; c = c->parent)
         if (c == parent)
             return true;
     return false;
 }
 
-Canvas* MouseContainmentManager::getCurrentCanvas()
+Canvas* MouseContainmentManager::getCurrentCanvas() const
 {
-    return containers().empty() ? nullptr : containers().back();
+    return containers.empty() ? nullptr : containers.back();
 }
 
 void MouseContainmentManager::setCurrentCanvas(Canvas* canvas)
 {
-    Qv::Vector<Canvas*>& chain = containers();
-    if (!chain.empty() && chain.back() == canvas)
+    if (!containers.empty() && containers.back() == canvas)
         return;
-    while (!chain.empty()) {
-        Canvas* const last = chain.back();
+    // Leave, innermost first. Each canvas is told while it is still the
+    // current one, and only then taken off the chain. Its callback may change
+    // the chain (remove a canvas, even delete itself), so the entry is looked
+    // for again afterwards rather than assumed to be last.
+    while (!containers.empty()) {
+        Canvas* const last = containers.back();
         if (last == canvas || (canvas && isChildOf(canvas, last)))
             break;
-        chain.pop_back();
         last->handleMouseContainment(false);
+        const auto found = std::find(containers.rbegin(), containers.rend(), last);
+        if (found != containers.rend())
+            containers.erase(std::next(found).base());
     }
     if (!canvas)
         return;
-    Canvas* const stop = chain.empty() ? nullptr : chain.back();
+    Canvas* const stop = containers.empty() ? nullptr : containers.back();
     Qv::Vector<Canvas*> entering;
     entering.reserve(20);
-    for (Canvas* c = canvas; c && c != stop; c = c->parent)
+    int steps_left = tela_live_canvas_count();
+    for (Canvas* c = canvas; c && c != stop && steps_left-- > 0; c = c->parent)
         entering.push_back(c);
     // Outermost first; a callback that moves the next one out of this one
     // ends the entering there.
     for (auto it = entering.rbegin(); it != entering.rend(); ++it) {
-        chain.push_back(*it);
+        containers.push_back(*it);
         (*it)->handleMouseContainment(true);
         const auto next = std::next(it);
         if (next != entering.rend() && !canvas_is_child(*it, *next))
@@ -67,12 +68,11 @@ void MouseContainmentManager::setCurrentCanvas(Canvas* canvas)
     }
 }
 
-void MouseContainmentManager::remove(const Canvas* canvas)
+void MouseContainmentManager::remove(Canvas* canvas)
 {
-    Qv::Vector<Canvas*>& chain = containers();
-    const auto found = std::find(chain.begin(), chain.end(), canvas);
-    if (found != chain.end())
-        chain.erase(found);
+    const auto found = std::find(containers.begin(), containers.end(), canvas);
+    if (found != containers.end())
+        containers.erase(found);
 }
 
 } // namespace Tela

@@ -6,8 +6,10 @@
 // enters, outermost first, the new canvas and its ancestors not yet entered,
 // so each canvas sees its enter and leave nested inside its parent's.
 //
-// Main thread only. It keeps plain canvas addresses, so a canvas going away
-// must be removed.
+// There is one manager, instance(). Main thread only. It keeps plain canvas
+// addresses, so a canvas going away must be removed.
+
+#include "core/Memory.h"
 
 class Canvas;
 
@@ -15,15 +17,21 @@ namespace Tela {
 
 class MouseContainmentManager {
 public:
-    static void setCurrentCanvas(Canvas* canvas);
+    // The one manager of the process. It is never destroyed: canvases may
+    // still be removed from it while statics are torn down.
+    static MouseContainmentManager& instance();
+
+    void setCurrentCanvas(Canvas* canvas);
     // The innermost canvas the pointer is in; null when none.
-    static Canvas* getCurrentCanvas();
-    // Forgets the canvas without telling it; it is going away.
-    static void remove(const Canvas* canvas);
+    Canvas* getCurrentCanvas() const;
+    // Forgets the first entry of the canvas without telling it; it is going away.
+    void remove(Canvas* canvas);
 
 private:
     // True when `parent` is a proper ancestor of `child`.
-    static bool isChildOf(const Canvas* child, const Canvas* parent);
+    static bool isChildOf(Canvas* child, Canvas* parent);
+
+    Qv::Vector<Canvas*> containers; // outermost first
 };
 
 } // namespace Tela

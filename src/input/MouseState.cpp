@@ -65,7 +65,7 @@ void tela_resetMouse()
     state.captureCanvas = nullptr;
     state.chordActive = false;
     state.clickState = 0;
-    Tela::MouseContainmentManager::setCurrentCanvas(nullptr);
+    Tela::MouseContainmentManager::instance().setCurrentCanvas(nullptr);
 }
 
 void tela_enableMouseContextLogic(bool enable)
@@ -73,7 +73,7 @@ void tela_enableMouseContextLogic(bool enable)
     TelaState& state = tela_state();
     state.mouseContextDisableCount += enable ? -1 : 1;
     if (!tela_isMouseContextLogicEnabled())
-        Tela::MouseContainmentManager::setCurrentCanvas(nullptr);
+        Tela::MouseContainmentManager::instance().setCurrentCanvas(nullptr);
     else
         tela_updateMouseCursor();
 }

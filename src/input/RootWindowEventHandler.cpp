@@ -182,7 +182,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
         init();
         break;
     case WindowEvent::ePointerLeft:
-        Tela::MouseContainmentManager::setCurrentCanvas(nullptr);
+        Tela::MouseContainmentManager::instance().setCurrentCanvas(nullptr);
         break;
     default:
         break;

@@ -15,6 +15,7 @@
 #include "core/Ptr.h"
 #include "events/EventHandler.h"
 #include "platform/iEventHandler.h"
+#include "platform/iRootWindow.h"
 
 #include <cstdint>
 
@@ -52,6 +53,10 @@ public:
     static constexpr std::uint32_t kExitAppDefaultKey = 0x4000078;
 
     RootWindowEventHandler();
+
+    // The arguments to make the window with, from the placement stored by an
+    // earlier run; see WindowPlacement.h.
+    static iRootWindow::InitArgs restoreWindowState(const LightweightString<wchar_t>& appName);
 
     eRC handleEvent(const UserEvent& event) override;
     eRC handleEvent(const CursorEvent& event) override;

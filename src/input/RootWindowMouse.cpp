@@ -86,7 +86,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const MouseEvent& m)
         publishMouseState(local);
         state.currentMouseCanvas = state.captureCanvas ? state.captureCanvas : canvas_pick(root, local.pos);
         if (tela_isMouseContextLogicEnabled())
-            Tela::MouseContainmentManager::setCurrentCanvas(state.currentMouseCanvas);
+            Tela::MouseContainmentManager::instance().setCurrentCanvas(state.currentMouseCanvas);
         if (state.currentMouseCanvas && state.currentMouseCanvas->parent)
             handleMouseOverCanvas(local, distance(m_downPos, local.pos));
         else

@@ -5,6 +5,8 @@
 #include "core/Json.h"
 #include "core/Preferences.h"
 #include "input/Monitors.h"
+#include "input/Monitors_private.h"
+#include "input/RootWindowEventHandler.h"
 #include "platform/OS.h"
 #include "platform/iFileSystemService.h"
 
@@ -70,7 +72,7 @@ iRootWindow::InitArgs restore_older_form(iRootWindow::InitArgs args, const WStri
     if (position.x == kNotStored || position.y == kNotStored || size.x == kNotStored || size.y == kNotStored)
         return args;
     Qv::Vector<iSystemInfo::MonitorInfo> monitors;
-    Tela::getMonitors(monitors);
+    Tela::getMonitorList(monitors);
     const int scale = monitors.empty() ? 1 : static_cast<int>(monitors.front().scale);
     args.position = XY<int>(position.x * scale, position.y * scale);
     args.size = XY<int>(size.x * scale, size.y * scale);
@@ -79,10 +81,10 @@ iRootWindow::InitArgs restore_older_form(iRootWindow::InitArgs args, const WStri
 
 } // namespace
 
-iRootWindow::InitArgs Tela::restoreWindowState(const WString& applicationName)
+iRootWindow::InitArgs RootWindowEventHandler::restoreWindowState(const WString& applicationName)
 {
     iRootWindow::InitArgs args;
-    args.title = applicationName;
+    args.name = applicationName;
     const String text = prefs().getPreference(key_for(applicationName, " : Window").c_str());
     if (text.empty())
         return restore_older_form(args, applicationName);
@@ -103,9 +105,9 @@ iRootWindow::InitArgs Tela::restoreWindowState(const WString& applicationName)
 
     // The monitor the window was on, or the primary one when that has gone.
     const XY<int> centre(args.position.x + args.size.x / 2, args.position.y + args.size.y / 2);
-    iSystemInfo::MonitorInfo monitor = getMonitorAtPos(centre);
+    iSystemInfo::MonitorInfo monitor = Tela::getMonitorAtPos(centre);
     if (monitor.screenBox.width() == 0)
-        monitor = getPrimaryMonitor();
+        monitor = Tela::getPrimaryMonitor();
     const Qv::Box<int> screen = monitor.screenBox;
     const int width = std::abs(screen.width()), height = std::abs(screen.height());
     // A maximised window that would not fit comes back smaller, centred; a
@@ -132,7 +134,7 @@ void Tela::saveRootWindowPlacement()
     const WString application = OS()->fileSystem()->applicationName();
     if (!title || maximised) {
         // Only a normal window's geometry is worth keeping.
-        const iRootWindow::InitArgs stored = restoreWindowState(application);
+        const iRootWindow::InitArgs stored = RootWindowEventHandler::restoreWindowState(application);
         size = stored.size;
         position = stored.position;
     }

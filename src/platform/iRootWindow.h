@@ -26,8 +26,15 @@ public:
         XY<int> size;                            // of the normal window; (0, 0): the platform's choice
         XY<int> position;
         std::uint32_t flags = 51;                // eTitleBar, eMaximised; other bits are the platform's
-        std::int32_t mode = 1;                   // given to createRootWindow; 2 asks for full screen
-        WString title;
+        // Two values the library passes on untouched; only the platform gives
+        // them a meaning.
+        std::uint32_t platformValue1 = 1;
+        std::uint32_t platformValue2 = 7;
+        std::uint32_t mode = 1;                  // given to createRootWindow; 2 asks for full screen
+        // Two more points passed on untouched for the platform.
+        XY<int> platformPoint1;
+        XY<int> platformPoint2;
+        WString name;                            // the application's name, the window's title
         Qv::Ptr<iWallpaperProvider> wallpaper;   // the root's backdrop; may be null
         Qv::Ptr<iEventHandler> eventHandler;     // the sink of the window's events
 

@@ -94,6 +94,17 @@ TEST(LibraryState, splat_prints_the_message_and_returns)
     tela_splat("canvas_connect: bad parent");
     tela_splat(nullptr);
     EXPECT_EQ(reports.text(), "canvas_connect: bad parent");
+    reports.clear();
+    tela_splat("100%% sure"); // the text is the format
+    EXPECT_EQ(reports.text(), "100% sure");
+    reports.clear();
+    const char* wants_arguments = "%s at %d%n";
+    tela_splat(wants_arguments); // nothing to format with: printed as it stands
+    EXPECT_EQ(reports.text(), "%s at %d%n");
+    reports.clear();
+    const char* trailing = "ends in %"; // a literal like this one is refused at compile time
+    tela_splat(trailing);
+    EXPECT_EQ(reports.text(), "ends in %");
     EXPECT_STREQ(telaDllVersionStr(), "Tela 0.1.0");
     tela_exiting(true);
     EXPECT_TRUE(tela_exiting());

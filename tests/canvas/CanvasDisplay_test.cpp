@@ -90,7 +90,7 @@ TEST(CanvasDisplay, nothing_without_a_shape_or_a_buffer)
     EXPECT_EQ(scene.recorder->callCount(), 0u);
 }
 
-TEST(RootBackground, tiles_line_up_with_the_window_and_stay_inside_the_area)
+TEST(RootBackground, tiles_line_up_with_the_window_and_later_tiles_cover_the_cut_ones)
 {
     RecordingRenderer recorder;
     Qv::Ptr<iImage> tile;
@@ -99,25 +99,44 @@ TEST(RootBackground, tiles_line_up_with_the_window_and_stay_inside_the_area)
     const TopDownRect area{5, 3, 40, 20};
     tela_tile_image(tile, recorder, area, XY<int>{area.left, area.top});
     ASSERT_EQ(recorder.callCount(), 6u); // columns at 0, 16, 32; rows at 0, 16
+    // The cut corner tile keeps its full size from the area's corner; the
+    // tiles drawn after it cover its overhang.
     const auto& first = recorder.primitive<ImageDescription>(0);
-    EXPECT_EQ(first.destRect, (TopDownRect{5, 3, 16, 16}));
-    EXPECT_EQ(first.sourceRect, (TopDownRect{5, 3, 16, 16}));
+    EXPECT_EQ(first.destRect, (TopDownRect{5, 3, 21, 19}));
+    EXPECT_EQ(first.sourceRect, (TopDownRect{5, 3, 21, 19}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(1).destRect, (TopDownRect{16, 3, 32, 19}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(3).destRect, (TopDownRect{5, 16, 21, 20}));
     const auto& last = recorder.primitive<ImageDescription>(5);
     EXPECT_EQ(last.destRect, (TopDownRect{32, 16, 40, 20}));
     EXPECT_EQ(last.sourceRect, (TopDownRect{0, 0, 8, 4}));
-    int covered = 0;
-    for (std::size_t call = 0; call < recorder.callCount(); ++call) {
-        const TopDownRect dest = recorder.primitive<ImageDescription>(call).destRect;
+    for (std::size_t call = 0; call < recorder.callCount(); ++call)
         EXPECT_FALSE(recorder.primitive<ImageDescription>(call).blend);
-        covered += dest.width() * dest.height();
-    }
-    EXPECT_EQ(covered, area.width() * area.height()); // no overlap, no gap, nothing outside
 
     // A phase of whole tiles starts a whole tile at the corner.
     recorder.clear();
     tela_tile_image(tile, recorder, TopDownRect{0, 0, 16, 16}, XY<int>{32, -16});
     ASSERT_EQ(recorder.callCount(), 1u);
     EXPECT_EQ(recorder.primitive<ImageDescription>(0).sourceRect, (TopDownRect{0, 0, 16, 16}));
+}
+
+TEST(RootBackground, a_negative_phase_starts_the_grid_inside_and_leaves_strips)
+{
+    RecordingRenderer recorder;
+    Qv::Ptr<iImage> tile;
+    Scene().window->createOffscreenImage(tile, {16, 16});
+    // -5 % 16 is -5 and -20 % 16 is -4: the grid starts 5 right and 4 down.
+    tela_tile_image(tile, recorder, TopDownRect{0, 0, 30, 24}, XY<int>{-5, -20});
+    ASSERT_EQ(recorder.callCount(), 4u); // columns at 5, 21; rows at 4, 20
+    EXPECT_EQ(recorder.primitive<ImageDescription>(0).destRect, (TopDownRect{5, 4, 21, 20}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(0).sourceRect, (TopDownRect{0, 0, 16, 16}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(1).destRect, (TopDownRect{21, 4, 30, 20}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(3).destRect, (TopDownRect{21, 20, 30, 24}));
+    EXPECT_EQ(recorder.primitive<ImageDescription>(3).sourceRect, (TopDownRect{0, 0, 9, 4}));
+    for (std::size_t call = 0; call < recorder.callCount(); ++call) {
+        const TopDownRect dest = recorder.primitive<ImageDescription>(call).destRect;
+        EXPECT_GE(dest.left, 5); // the strip at the left stays unpainted
+        EXPECT_GE(dest.top, 4);  // and so does the one at the top
+    }
 }
 
 TEST(RootBackground, a_bottom_child_over_the_whole_window_leaves_nothing_to_fill)

@@ -2,6 +2,14 @@
 #include "canvas/Canvas.h"
 #include "canvas/CanvasTree.h"
 #include "canvas/CanvasWalk.h"
+#include "canvas/CanvasGeometry.h"
+#include "canvas/Mapping.h"
+#include "canvas/Picking.h"
+#include "canvas/RootCanvas.h"
+#include "canvas/UpdateTracking.h"
+#include "vector/Regions.h"
+
+#include "headless/HeadlessServices.h"
 #include "events/EventQueue.h"
 #include "vector/GraphicsState.h"
 
@@ -208,6 +216,66 @@ TEST(CanvasTree, misuse_is_reported_and_the_call_carries_on)
     a->childCount = 0;
     tela_deletecanvas(a);
     tela_deletecanvas(b);
+}
+
+TEST(CanvasTree, a_loop_made_by_misuse_is_reported_and_no_walk_goes_round_for_ever)
+{
+    iRootWindow::InitArgs args;
+    args.size = {100, 80};
+    RootCanvas* root = tela_createRootCanvas(args);
+    ASSERT_NE(root, nullptr);
+    const int live_before = tela_live_canvas_count();
+    const auto shaped = [&](Canvas* parent) {
+        Canvas* c = tela_newcanvas(nullptr, parent);
+        c->shape(region_mkrect(TopDownRect{10, 10, 60, 50}));
+        c->reshape({50, 40});
+        return c;
+    };
+    Canvas* a = shaped(root);
+    Canvas* b = shaped(a);
+    Canvas* below = shaped(b);
+    Canvas* self = shaped(root);
+
+    ReportCapture reports;
+    canvas_connect(a, b, 0); // a below its own child
+    EXPECT_EQ(reports.text(), "canvas_connect: attempt to make loop in canvas tree");
+    EXPECT_EQ(a->parent, b); // made, as asked
+    EXPECT_EQ(b->parent, a);
+    reports.clear();
+    canvas_connect(self, self, 0); // its own parent
+    EXPECT_EQ(reports.text(), "canvas_connect: attempt to make loop in canvas tree");
+    EXPECT_EQ(self->parent, self);
+    EXPECT_TRUE(canvas_is_in_loop(a));
+    EXPECT_TRUE(canvas_is_in_loop(below));
+    EXPECT_FALSE(canvas_is_in_loop(root));
+
+    // Walks from inside the loop end; the loop reaches no root.
+    EXPECT_EQ(canvas_walk_subtree(a, nullptr), nullptr);
+    EXPECT_EQ(canvas_walk_postorder(self, nullptr), nullptr);
+    EXPECT_EQ(canvas_walk_ancestors(below, nullptr), nullptr);
+    EXPECT_NE(a->getRootParent(), root);
+    EXPECT_FALSE(canvas_is_child(root, below));
+    EXPECT_FALSE(canvas_is_mapped_to_root(a));
+    EXPECT_EQ(canvupd_visible_region(a), nullptr);
+    EXPECT_NE(canvas_pick(a, XY<int>{30, 40}), nullptr);
+    EXPECT_NE(a->pick(XY<int>{30, 40}), nullptr);
+
+    // Mapping, moving, marking and painting around the loop all return.
+    tela_unmapcanvas(a);
+    tela_mapcanvas(a);
+    tela_translatecanvas(b, 5, 5);
+    canvupd_mark_all(below);
+    canvupd_mark_all(self);
+    root->display(nullptr);
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(canvas_pick(nullptr, XY<int>{30, 40}), root); // the loop is out of the root's tree
+
+    // An unrelated canvas comes and goes; then the loops themselves go.
+    tela_deletecanvas(shaped(root));
+    tela_deletecanvas(a);
+    tela_deletecanvas(self);
+    EXPECT_EQ(tela_live_canvas_count(), live_before);
+    tela_deletecanvas(root);
 }
 
 TEST(CanvasTree, interest_bits_and_timer_reset)

@@ -179,6 +179,29 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
 INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::eHostMemory, iImageBase::eGPU),
                          [](const auto& info) { return info.param == iImageBase::eGPU ? "composited" : "host"; });
 
+TEST_P(DisplayRoads, a_new_window_shows_its_colour_where_no_canvas_covers_it)
+{
+    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
+    const auto sink = Qv::make<PaintForwarder>();
+    iRootWindow::InitArgs args;
+    args.size = {40, 30};
+    args.eventHandler = sink;
+    RootCanvas* root = tela_createRootCanvas(args);
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    ASSERT_NE(root, nullptr);
+    sink->root = root;
+    Headless::services().windowing()->mainLoop().runPending();
+    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    const std::uint32_t shown = window->pixels()->pixelAt(5, 5);
+    EXPECT_EQ(shown >> 24, 0xFFu) << std::hex << shown; // opaque, not the empty frame
+    // What a later whole-window paint, such as an expose, would show.
+    window->invalidate(nullptr);
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(window->pixels()->pixelAt(5, 5), shown);
+    EXPECT_EQ(window->pixels()->pixelAt(39, 29), shown);
+    tela_deletecanvas(root);
+}
+
 TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
 {
     const auto wallpaper = Qv::make<CheckerWallpaper>();

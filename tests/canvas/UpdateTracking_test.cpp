@@ -328,7 +328,7 @@ TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places
     a->matrix[0][2] = 10;
     inner->matrix[0][2] = 20;
     tela_display_dirty_regions(nullptr);
-    root->updateRegion = nullptr;
+    root->updateRegion(nullptr);
     canvupd_mark_all(root);
     canvupd_mark_all(a);
     canvupd_mark_all(inner);

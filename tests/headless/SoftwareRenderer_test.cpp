@@ -249,10 +249,15 @@ TEST(SoftwareRendererBlit, WholePixelBlitsMatchAModel)
                 if (dest_x < 0 || dest_y < 0 || dest_x >= WIDTH || dest_y >= HEIGHT)
                     continue;
                 std::uint32_t pixel = source_pixels[static_cast<std::size_t>(part.top + y) * 16 + part.left + x];
+                // Unblended, the source's alpha is not read; a share below 1
+                // still lays it over the destination.
+                const bool fade = !blit.blend && opacity < 255;
+                if (fade)
+                    pixel |= 0xff000000u;
                 if (opacity < 255)
                     pixel = scaled(pixel, opacity);
                 std::uint32_t& dest = model[static_cast<std::size_t>(dest_y) * WIDTH + dest_x];
-                dest = blit.blend ? over(pixel, dest) : pixel;
+                dest = blit.blend || fade ? over(pixel, dest) : pixel;
             }
         }
         ASSERT_TRUE(same_pixels(pixels_of(*target), model, WIDTH));

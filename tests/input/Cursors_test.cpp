@@ -65,20 +65,70 @@ TEST(MouseContainment, enters_and_leaves_nest_inside_the_parents)
     Canvas* ca = tela_newcanvas(&a, root);
     Canvas* c1 = tela_newcanvas(&a1, ca);
     Canvas* c2 = tela_newcanvas(&a2, ca);
-    using Tela::MouseContainmentManager;
-    MouseContainmentManager::setCurrentCanvas(c1);
+    Tela::MouseContainmentManager& manager = Tela::MouseContainmentManager::instance();
+    manager.setCurrentCanvas(c1);
     EXPECT_EQ(log, "r+a+1+");
-    MouseContainmentManager::setCurrentCanvas(c2); // a sibling: the parent hears nothing
+    manager.setCurrentCanvas(c2); // a sibling: the parent hears nothing
     EXPECT_EQ(log, "r+a+1+1-2+");
-    MouseContainmentManager::setCurrentCanvas(ca);
-    MouseContainmentManager::setCurrentCanvas(c1); // into a child: the child alone
+    manager.setCurrentCanvas(ca);
+    manager.setCurrentCanvas(c1); // into a child: the child alone
     EXPECT_EQ(log, "r+a+1+1-2+2-1+");
-    MouseContainmentManager::remove(c1); // quietly
-    EXPECT_EQ(MouseContainmentManager::getCurrentCanvas(), ca);
-    MouseContainmentManager::setCurrentCanvas(nullptr); // innermost first
+    manager.remove(c1); // quietly
+    EXPECT_EQ(manager.getCurrentCanvas(), ca);
+    manager.setCurrentCanvas(nullptr); // innermost first
     EXPECT_EQ(log, "r+a+1+1-2+2-1+a-r-");
-    EXPECT_EQ(MouseContainmentManager::getCurrentCanvas(), nullptr);
+    EXPECT_EQ(manager.getCurrentCanvas(), nullptr);
     tela_deletecanvas(root);
+}
+
+namespace {
+
+// Notes, when told it is left, which canvas the manager still calls current;
+// optionally deletes a canvas from inside the callback.
+class LeaveWatcher final : public CanvasClient {
+public:
+    eResult handleEvent(const Event&) override { return eNotHandled; }
+    void handleMouseContainment(bool contained) override
+    {
+        if (contained)
+            return;
+        currentWhenLeft = Tela::MouseContainmentManager::instance().getCurrentCanvas();
+        if (deleteOnLeave) {
+            Canvas* doomed = deleteOnLeave;
+            deleteOnLeave = nullptr;
+            tela_deletecanvas(doomed);
+        }
+    }
+    Canvas* currentWhenLeft = nullptr;
+    Canvas* deleteOnLeave = nullptr;
+};
+
+} // namespace
+
+TEST(MouseContainment, a_canvas_is_told_it_is_left_before_it_leaves_the_chain)
+{
+    LeaveWatcher outer, inner;
+    Canvas* root = tela_newcanvas(&outer, nullptr);
+    Canvas* child = tela_newcanvas(&inner, root);
+    Tela::MouseContainmentManager& manager = Tela::MouseContainmentManager::instance();
+    manager.setCurrentCanvas(child);
+    manager.setCurrentCanvas(nullptr);
+    EXPECT_EQ(inner.currentWhenLeft, child); // still current while told
+    EXPECT_EQ(outer.currentWhenLeft, root);
+    EXPECT_EQ(manager.getCurrentCanvas(), nullptr);
+
+    // A leave callback that deletes the canvas being left: the chain drops it
+    // once, and the next leave still comes.
+    Canvas* other = tela_newcanvas(&outer, nullptr);
+    child = tela_newcanvas(&inner, root);
+    inner.deleteOnLeave = child;
+    manager.setCurrentCanvas(child);
+    manager.setCurrentCanvas(other);
+    EXPECT_EQ(outer.currentWhenLeft, root);
+    EXPECT_EQ(manager.getCurrentCanvas(), other);
+    manager.setCurrentCanvas(nullptr);
+    tela_deletecanvas(root);
+    tela_deletecanvas(other);
 }
 
 TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems_cursor_once)

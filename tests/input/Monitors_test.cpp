@@ -64,7 +64,7 @@ TEST_F(Desktop, one_display_can_stand_in_for_two)
     TemporaryDirectory::write(settings.file("config.json"), R"({"virtual_twin_monitors": 1})");
     Qv::reloadConfigurationFrom(settings.path().string());
     use({monitor(0, 0, 1921, 1080, true)});
-    Qv::Vector<iSystemInfo::MonitorInfo> monitors;
+    std::vector<iSystemInfo::MonitorInfo> monitors; // the application's own container
     Tela::getMonitors(monitors);
     Qv::reloadConfigurationFrom("");
     ASSERT_EQ(monitors.size(), 2u);

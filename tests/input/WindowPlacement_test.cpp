@@ -4,6 +4,7 @@
 #include "canvas/RootCanvas.h"
 #include "core/Config.h"
 #include "core/Preferences.h"
+#include "input/RootWindowEventHandler.h"
 #include "input/WindowPlacement.h"
 
 #include "core/TemporaryDirectory.h"
@@ -35,7 +36,7 @@ protected:
     static Args stored(const char* json)
     {
         prefs().setPreference("Tela : Window", String(json));
-        return Tela::restoreWindowState(WString(u"Tela"));
+        return RootWindowEventHandler::restoreWindowState(WString(u"Tela"));
     }
 
     TemporaryDirectory settings;
@@ -49,7 +50,7 @@ TEST_F(Placement, sizes_have_a_floor_and_a_maximised_window_too_big_is_rescued)
     EXPECT_EQ(args.size, (XY<int>{1024, 768}));
     EXPECT_EQ(args.position, (XY<int>{30, 40}));
     EXPECT_EQ(args.flags & 3, Args::eTitleBar);
-    EXPECT_EQ(args.title, WString(u"Tela"));
+    EXPECT_EQ(args.name, WString(u"Tela"));
 
     args = stored(R"({"title": true, "maximised": true, "x": 0, "y": 0, "width": 1920, "height": 1080})");
     EXPECT_EQ(args.size, (XY<int>{1728, 972}));
@@ -75,13 +76,13 @@ TEST_F(Placement, the_older_form_is_read_while_the_current_key_is_empty)
     prefs().setPreference("Tela window XY", String("(10,20)"));
     prefs().setPreference("Tela window WH", String("(800,600)"));
     prefs().setPreference("Tela window titlebar", String("false"));
-    Args args = Tela::restoreWindowState(WString(u"Tela"));
+    Args args = RootWindowEventHandler::restoreWindowState(WString(u"Tela"));
     EXPECT_EQ(args.position, (XY<int>{10, 20}));
     EXPECT_EQ(args.size, (XY<int>{800, 600})); // no floor for this form
     EXPECT_EQ(args.flags & 3, Args::eMaximised);
 
     prefs().setPreference("Tela window XY", String("10,20")); // no bracket: not stored
-    args = Tela::restoreWindowState(WString(u"Tela"));
+    args = RootWindowEventHandler::restoreWindowState(WString(u"Tela"));
     EXPECT_EQ(args.position, (XY<int>{0, 0}));
     EXPECT_EQ(args.size, (XY<int>{0, 0}));
 }
@@ -95,7 +96,7 @@ TEST_F(Placement, saving_keeps_the_normal_geometry_of_a_maximised_or_title_less_
     RootCanvas* root = tela_createRootCanvas(args);
     ASSERT_NE(root, nullptr);
     Tela::saveRootWindowPlacement();
-    Args back = Tela::restoreWindowState(WString(u"Tela"));
+    Args back = RootWindowEventHandler::restoreWindowState(WString(u"Tela"));
     EXPECT_EQ(back.size, (XY<int>{1200, 900}));
     EXPECT_EQ(back.position, (XY<int>{40, 50}));
     EXPECT_EQ(back.flags & 3, Args::eTitleBar);
@@ -105,9 +106,33 @@ TEST_F(Placement, saving_keeps_the_normal_geometry_of_a_maximised_or_title_less_
     window->setSize({1920, 1080});
     window->setPosition({0, 0});
     Tela::saveRootWindowPlacement();
-    back = Tela::restoreWindowState(WString(u"Tela"));
+    back = RootWindowEventHandler::restoreWindowState(WString(u"Tela"));
     EXPECT_EQ(back.size, (XY<int>{1200, 900}));
     EXPECT_EQ(back.position, (XY<int>{40, 50}));
     EXPECT_EQ(back.flags & 3, Args::eTitleBar | Args::eMaximised);
     tela_deletecanvas(root);
+}
+
+TEST(WindowArguments, fields_keep_their_order_and_defaults)
+{
+    const Args defaults;
+    EXPECT_EQ(defaults.size, (XY<int>{0, 0}));
+    EXPECT_EQ(defaults.position, (XY<int>{0, 0}));
+    EXPECT_EQ(defaults.flags, 51u);
+    EXPECT_EQ(defaults.platformValue1, 1u);
+    EXPECT_EQ(defaults.platformValue2, 7u);
+    EXPECT_EQ(defaults.mode, 1u);
+    EXPECT_EQ(defaults.platformPoint1, (XY<int>{0, 0}));
+    EXPECT_EQ(defaults.platformPoint2, (XY<int>{0, 0}));
+    EXPECT_TRUE(defaults.name.empty());
+    EXPECT_FALSE(defaults.wallpaper);
+    EXPECT_FALSE(defaults.eventHandler);
+
+    // Written in field order, as a program built against the layout does.
+    const Qv::Ptr<iEventHandler> handler = Qv::make<RootWindowEventHandler>();
+    const Args written{XY<int>{640, 480}, XY<int>{10, 20}, Args::eTitleBar, 1, 7, 2, XY<int>{}, XY<int>{},
+                       WString(u"App"), nullptr, handler};
+    EXPECT_EQ(written.mode, 2u);
+    EXPECT_EQ(written.name, WString(u"App"));
+    EXPECT_EQ(written.eventHandler.get(), handler.get());
 }
