@@ -3,6 +3,10 @@
 // a mixture: a temporary beside the target (same directory, so the rename
 // cannot cross file systems), written, synced, then renamed over the target.
 //
+// A writer killed mid-write leaves its temporary; the next write of the same
+// target removes those whose process is gone (AtomicFile.cpp tells how it
+// knows), never one a live process may be writing.
+//
 // These go to POSIX directly: the file-system service of the seam offers no
 // way to open, sync or rename files.
 
