@@ -211,7 +211,10 @@ bool Qv::readFile(std::string_view path_view, String& out)
     while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
         content.append(buffer, count);
     const bool ok = !std::ferror(file);
+    // Callers tell a missing file from an unreadable one by errno.
+    const int read_error = errno;
     std::fclose(file);
+    errno = read_error;
     if (ok)
         out = content.isNull() ? String("") : content;
     return ok;

@@ -22,7 +22,7 @@ namespace Qv {
 // permission bits.
 [[nodiscard]] bool writeFileAtomically(std::string_view path, std::string_view bytes, std::string* error = nullptr);
 
-// The whole file into `out`; false when it cannot be read.
+// The whole file into `out`; false, with errno saying why, when it cannot be read.
 [[nodiscard]] bool readFile(std::string_view path, String& out);
 
 } // namespace Qv
