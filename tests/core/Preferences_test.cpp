@@ -166,17 +166,6 @@ TEST_F(PreferencesTest, a_file_nested_too_deep_is_set_aside_so_no_write_meets_it
     EXPECT_EQ(reports.count("nested deeper than"), 2) << reports.text();
 }
 
-TEST_F(PreferencesTest, a_bad_file_is_named_in_the_report_but_its_contents_are_not_shown)
-{
-    const std::string path = directory.file("preferences.json");
-    TemporaryDirectory::write(path, "{\"Account\": \"hunter2, and the rest of what the user wrote");
-    ReportCapture reports;
-    EXPECT_EQ(prefs().getPreference("Account"), String());
-    EXPECT_EQ(reports.count(path), 2) << reports.text(); // the file, and where it went
-    EXPECT_EQ(reports.count("missing closing quote"), 1) << reports.text();
-    EXPECT_EQ(reports.count("hunter2"), 0) << reports.text();
-}
-
 TEST(HTMLUtils, colours_go_to_hex_and_back)
 {
     unsigned int rgb = 0;
