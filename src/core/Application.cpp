@@ -2,7 +2,11 @@
 
 #include "core/SettingsFile.h"
 
-Qv::Application::Application(const WString& name, const WString& version) : m_name(name), m_version(version) {}
+Qv::Application::Application(const WString& name, const WString& version) : m_name(name), m_version(version)
+{
+    // Each program keeps its settings apart from every other's.
+    setApplicationName(name);
+}
 
 WString Qv::Application::getUserDataPath() const
 {

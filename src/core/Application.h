@@ -9,6 +9,7 @@ namespace Qv {
 
 class Application {
 public:
+    // `name` also names the settings directory (SettingsFile.h).
     Application(const WString& name, const WString& version);
     virtual ~Application() = default;
     Application(const Application&) = delete;

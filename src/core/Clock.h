@@ -1,6 +1,10 @@
 #pragma once
-// msecsNow: a monotonic millisecond clock. Tests may replace it with a fake so
-// that rules about elapsed time are checked without sleeping.
+// msecsNow: a monotonic millisecond clock that starts near 0 when the process
+// starts. Times kept in 32 bits (event stamps, the last receive) thus wrap only
+// after 49 days of running, and one that starts at 0 is never mistaken for a
+// moment long past on a machine that has been up for weeks.
+// Tests may replace it with a fake so that rules about elapsed time are
+// checked without sleeping.
 
 #include <cstdint>
 

@@ -36,7 +36,8 @@ void load(ConfigurationFile& file)
     file.loaded = true;
     String path = directory_of(file);
     path += std::string_view("/config.json");
-    file.values = Qv::loadSettingsObject(path, "Configuration file");
+    // The library never writes this file, so one it could not read needs no guarding.
+    file.values = Qv::loadSettingsObject(path, "Configuration file").values;
 }
 
 // The number stored under `key`, if there is one.
@@ -99,4 +100,14 @@ String Qv::configurationDirectory()
     ConfigurationFile& file = configuration();
     std::lock_guard lock(file.mutex);
     return directory_of(file);
+}
+
+void Qv::settingsDirectoryMoved()
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    if (!file.directoryOverride.empty() || !file.loaded)
+        return;
+    file.loaded = false;
+    ++file.generation;
 }

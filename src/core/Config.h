@@ -27,4 +27,7 @@ String configurationDirectory();
 // Goes up each time the configuration is read afresh, so that values a module
 // reads once can be read again after a test reloads.
 unsigned configurationGeneration();
+// The default settings directory may have moved (the application's name was
+// given): configuration read from there is read again at the next lookup.
+void settingsDirectoryMoved();
 } // namespace Qv

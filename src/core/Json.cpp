@@ -4,11 +4,30 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
-// Collects the document like nlohmann's own DOM builder, and keeps the
-// parser's message, which the non-throwing parse() alone would drop.
+// The parser's words without the text it stopped at: its messages end in
+// "; last read: '<the offending bytes>'", which may be anything the file
+// holds, and the "[json.exception...] " tag says nothing to a reader.
+String describe_error(const std::string& what)
+{
+    std::string_view message(what);
+    if (message.substr(0, 1) == "[") {
+        const std::size_t tag_end = message.find("] ");
+        if (tag_end != std::string_view::npos)
+            message.remove_prefix(tag_end + 2);
+    }
+    const std::size_t quoted = message.find("; last read: ");
+    if (quoted != std::string_view::npos)
+        message = message.substr(0, quoted);
+    return String(message.data(), message.size());
+}
+
+// Collects the document like nlohmann's own DOM builder, keeps the parser's
+// message, which the non-throwing parse() alone would drop, and stops at the
+// depth limit.
 class CapturingSax {
 public:
     using Dom = nlohmann::detail::json_sax_dom_parser<JSON::Value>;
@@ -18,7 +37,10 @@ public:
     using string_t = JSON::Value::string_t;
     using binary_t = JSON::Value::binary_t;
 
-    CapturingSax(JSON::Value& result, String& error) : m_dom(result, /*allow_exceptions=*/false), m_error(error) {}
+    CapturingSax(JSON::Value& result, String& error, std::size_t maxDepth)
+        : m_dom(result, /*allow_exceptions=*/false), m_error(error), m_max_depth(maxDepth)
+    {
+    }
 
     bool null() { return m_dom.null(); }
     bool boolean(bool value) { return m_dom.boolean(value); }
@@ -33,30 +55,42 @@ public:
     }
     bool string(string_t& value) { return m_dom.string(value); }
     bool binary(binary_t& value) { return m_dom.binary(value); }
-    bool start_object(std::size_t count) { return m_dom.start_object(count); }
+    bool start_object(std::size_t count) { return enter() && m_dom.start_object(count); }
     bool key(string_t& value) { return m_dom.key(value); }
-    bool end_object() { return m_dom.end_object(); }
-    bool start_array(std::size_t count) { return m_dom.start_array(count); }
-    bool end_array() { return m_dom.end_array(); }
+    bool end_object() { --m_depth; return m_dom.end_object(); }
+    bool start_array(std::size_t count) { return enter() && m_dom.start_array(count); }
+    bool end_array() { --m_depth; return m_dom.end_array(); }
 
     template <class Exception>
     bool parse_error(std::size_t position, const std::string& token, const Exception& error)
     {
-        m_error = String(error.what());
+        m_error = describe_error(error.what());
         return m_dom.parse_error(position, token, error);
     }
 
 private:
+    bool enter()
+    {
+        if (++m_depth <= m_max_depth)
+            return true;
+        char message[64];
+        std::snprintf(message, sizeof message, "nested deeper than %zu levels", m_max_depth);
+        m_error = String(message);
+        return false;
+    }
+
     Dom m_dom;
     String& m_error;
+    std::size_t m_max_depth;
+    std::size_t m_depth = 0;
 };
 
 } // namespace
 
-JSON::ParseResult JSON::parse(std::string_view text)
+JSON::ParseResult JSON::parse(std::string_view text, std::size_t maxDepth)
 {
     ParseResult result;
-    CapturingSax sax(result.value, result.error);
+    CapturingSax sax(result.value, result.error, maxDepth);
     const bool parsed = Value::sax_parse(text.begin(), text.end(), &sax);
     if (!parsed || !result.error.empty()) {
         result.value = Value(Value::value_t::discarded);

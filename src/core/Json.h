@@ -1,7 +1,11 @@
 #pragma once
 // JSON: a thin, non-throwing wrapper over nlohmann-json.
 //
-// - parse() never throws: a bad text gives a discarded value and a message.
+// - parse() never throws: a bad text gives a discarded value and a message,
+//   which never quotes the text. Documents nested deeper than a limit are
+//   refused, so nothing that reads or writes a parsed document can run out of
+//   stack on it (nlohmann's dump recurses once a level), nor pretty-print one
+//   into a file that grows with the square of its depth.
 // - Element reads a parsed document: a member or index that is not there gives
 //   an element that does not exist, and every getter takes the value to use
 //   then, so callers read optional settings without testing each step.
@@ -65,14 +69,18 @@ private:
     const Value* m_value = nullptr;
 };
 
+// Deeper than settings, layouts or any document of ours need to be.
+constexpr std::size_t kMaxDepth = 100;
+
 struct ParseResult {
     Value value;  // discarded (is_discarded()) when the text was not JSON
-    String error; // empty on success; the parser's own words otherwise
+    String error; // empty on success; what is wrong and where otherwise
     bool ok() const { return error.empty(); }
     Element root() const { return ok() ? Element(&value) : Element(); }
 };
 
-ParseResult parse(std::string_view text);
+// Objects and arrays count one level each: "[]" is 1 deep, "{"a": []}" 2.
+ParseResult parse(std::string_view text, std::size_t maxDepth = kMaxDepth);
 
 // Two-space indentation and a final newline, the form files are written in.
 // Invalid UTF-8 in strings is replaced rather than reported.

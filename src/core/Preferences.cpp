@@ -37,7 +37,9 @@ void EditorPreferences::load_if_needed()
         return;
     m_loaded = true;
     m_directory = directory;
-    m_values = Qv::loadSettingsObject(preferences_path(directory), "Preferences file");
+    Qv::SettingsObject loaded = Qv::loadSettingsObject(preferences_path(directory), "Preferences file");
+    m_values = std::move(loaded.values);
+    m_writable = loaded.writable;
 }
 
 String EditorPreferences::getPreference(const char* key, const String& fallback)
@@ -54,6 +56,10 @@ bool EditorPreferences::setPreference(const char* key, const String& value)
         return false;
     load_if_needed();
     m_values[key] = value.c_str();
+    // The file there could not be taken in; the loader has said so, and
+    // writing would replace what the user has with only this run's changes.
+    if (!m_writable)
+        return false;
     make_directories(m_directory);
     const String path = preferences_path(m_directory);
     const String text = JSON::pretty(m_values);

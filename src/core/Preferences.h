@@ -8,6 +8,9 @@
 // - Every change is written at once, atomically: a crash mid-write leaves the
 //   old file. A write that fails is reported; the value still holds for this
 //   run.
+// - A file that is there but could not be read (or a bad one that could not
+//   be set aside) is never written: changes then hold for this run only, and
+//   the one report is the loader's.
 // - Main thread only, like the rest of the user interface state.
 
 #include "core/Json.h"
@@ -18,13 +21,15 @@ public:
     // The text stored under `key`, or `fallback` when there is none or the
     // stored value is not text.
     String getPreference(const char* key, const String& fallback = String());
-    // Stores `value` under `key` and writes the file; false when the write failed.
+    // Stores `value` under `key` and writes the file; false when the file was
+    // not written (the value still holds for this run).
     bool setPreference(const char* key, const String& value);
 
 private:
     void load_if_needed();
 
     bool m_loaded = false;
+    bool m_writable = true; // false: the file there must be left alone
     String m_directory;   // where m_values came from
     JSON::Value m_values;
 };

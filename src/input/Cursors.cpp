@@ -4,13 +4,16 @@
 #include "canvas/Canvas.h"
 #include "canvas/CanvasClient.h"
 #include "canvas/Picking.h"
+#include "core/Log.h"
 #include "core/SettingsFile.h"
 #include "events/Deferred.h"
 #include "input/MouseState.h"
 #include "platform/OS.h"
+#include "platform/iFileSystemService.h"
 #include "platform/iImagingService.h"
 #include "platform/iSystemInfo.h"
 
+#include <atomic>
 #include <cmath>
 #include <new>
 
@@ -52,12 +55,25 @@ XY<int> hot_spot(const Qv::Ptr<iHostImage>& image)
     return XY<int>(0, 0);
 }
 
+// A program that ships no cursor images has no icons folder; that is said
+// once, and its files are then not tried one by one, each failing aloud.
+bool icons_folder_present()
+{
+    const WString directory = Tela::getIconsDirectory();
+    if (OS()->fileSystem()->isDirectory(directory))
+        return true;
+    static std::atomic<bool> reported{false};
+    if (!reported.exchange(true))
+        murl_printf("Cursors: no icons folder at %s; using the system's cursors\n", toUTF8(directory).c_str());
+    return false;
+}
+
 Qv::Ptr<iCursor> make_cursor(MouseCursorID id)
 {
     Qv::Ptr<iCursor> cursor;
     const WString file = tela_getCursorFile(id);
     Qv::Ptr<iHostImage> image;
-    if (!file.empty() && OS()->imaging()->loadImage(image, file) && image) {
+    if (!file.empty() && icons_folder_present() && OS()->imaging()->loadImage(image, file) && image) {
         const float scale = OS()->systemInfo()->uiScale();
         if (scale != 1.0f) {
             XY<int> size;

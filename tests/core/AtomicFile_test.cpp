@@ -5,8 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <string>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 TEST(AtomicFile, AWriteReplacesTheWholeFileAndLeavesNoTemporary)
 {
@@ -90,4 +95,41 @@ TEST(AtomicFile, ReadersAndOtherWritersOnlyEverSeeWholeContents)
     EXPECT_EQ(torn, 0);
     EXPECT_EQ(failed_writes, 0);
     EXPECT_EQ(directory.entryCount(), 1u); // every temporary was renamed or removed
+}
+
+TEST(AtomicFile, AWriteRemovesTheTemporariesOfGoneWritersAndNothingElse)
+{
+    TemporaryDirectory directory;
+    // A pid that was a process a moment ago and is none now.
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    ASSERT_GT(child, 0);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    const std::string gone = std::to_string(child);
+    const std::string target = directory.file("preferences.json");
+
+    const std::vector<std::string> stale = {
+        target + ".tmp." + gone + ".7",                      // the form without the incarnation mark
+        target + ".tmp." + gone + ".18c2f0a1b.3",            // a killed writer's
+        target + ".tmp." + std::to_string(::getpid()) + ".0.2", // our pid, but an earlier process that had it
+    };
+    const std::vector<std::string> kept = {
+        target + ".tmp.1.18c2f0a1b.4",       // pid 1 is alive: it may be writing now
+        target + ".tmp." + gone + ".notes",  // not a name we make
+        target + ".tmp." + gone,
+        target + ".old",
+        directory.file("other.json.tmp." + gone + ".1"), // another target's: swept when that one is written
+    };
+    for (const std::string& name : stale)
+        TemporaryDirectory::write(name, std::string(1024, 'x'));
+    for (const std::string& name : kept)
+        TemporaryDirectory::write(name, "x");
+
+    ASSERT_TRUE(Qv::writeFileAtomically(target, "new"));
+    for (const std::string& name : stale)
+        EXPECT_FALSE(std::filesystem::exists(name)) << name;
+    for (const std::string& name : kept)
+        EXPECT_TRUE(std::filesystem::exists(name)) << name;
+    EXPECT_EQ(directory.entryCount(), 1u + kept.size());
 }

@@ -1,4 +1,8 @@
+#include "core/Application.h"
 #include "core/Config.h"
+#include "core/Json.h"
+#include "core/Preferences.h"
+#include "core/SettingsFile.h"
 
 #include "TemporaryDirectory.h"
 #include "support/ReportCapture.h"
@@ -112,4 +116,77 @@ TEST(ConfigDirectory, FollowsXdgConfigHomeAndTheApplicationName)
     else
         ::unsetenv("XDG_CONFIG_HOME");
     Qv::reloadConfigurationFrom("");
+}
+
+TEST_F(ConfigTest, AFileNestedTooDeepIsReportedAndKeptAside)
+{
+    const std::string deep = "{\"a\": " + std::string(JSON::kMaxDepth, '[') + std::string(JSON::kMaxDepth, ']') + "}";
+    writeConfig(deep);
+    ReportCapture reports;
+    EXPECT_EQ(config_int("a", 3), 3);
+    EXPECT_EQ(reports.count("nested deeper than"), 1) << reports.text();
+    EXPECT_EQ(TemporaryDirectory::read(directory.file("config.json.corrupt")), deep);
+}
+
+namespace {
+
+// Points XDG_CONFIG_HOME somewhere for one test, and puts back what was there.
+class ConfigHome {
+public:
+    explicit ConfigHome(const std::string& path)
+    {
+        if (const char* previous = std::getenv("XDG_CONFIG_HOME"))
+            m_previous = previous;
+        ::setenv("XDG_CONFIG_HOME", path.c_str(), 1);
+        Qv::reloadConfigurationFrom("");
+    }
+    ~ConfigHome()
+    {
+        Qv::setApplicationName(WString());
+        if (m_previous.empty())
+            ::unsetenv("XDG_CONFIG_HOME");
+        else
+            ::setenv("XDG_CONFIG_HOME", m_previous.c_str(), 1);
+        Qv::reloadConfigurationFrom("");
+    }
+    ConfigHome(const ConfigHome&) = delete;
+    ConfigHome& operator=(const ConfigHome&) = delete;
+
+private:
+    std::string m_previous;
+};
+
+} // namespace
+
+TEST(ConfigDirectory, EachApplicationKeepsItsSettingsUnderItsOwnName)
+{
+    TemporaryDirectory home;
+    const ConfigHome config_home(home.path().string());
+    std::filesystem::create_directories(home.file("Viewer"));
+    TemporaryDirectory::write(home.file("Viewer/config.json"), R"({"eTimePerSec": 30})");
+    EXPECT_EQ(config_double("eTimePerSec", 18.2), 18.2); // read before any application is made
+
+    {
+        const unsigned generation = Qv::configurationGeneration();
+        const Qv::Application viewer(WString(u"Viewer"), WString(u"1.0"));
+        EXPECT_EQ(Qv::configurationDirectory().view(), home.file("Viewer"));
+        EXPECT_EQ(toUTF8(viewer.getUserDataPath()).view(), home.file("Viewer"));
+        EXPECT_NE(Qv::configurationGeneration(), generation); // values read once are read again
+        EXPECT_EQ(config_double("eTimePerSec", 18.2), 30.0);
+        EXPECT_TRUE(prefs().setPreference("Placement", String("viewer's")));
+    }
+    {
+        const Qv::Application editor(WString(u"Editor"), WString(u"1.0"));
+        EXPECT_EQ(config_double("eTimePerSec", 18.2), 18.2);
+        EXPECT_EQ(prefs().getPreference("Placement").view(), "");
+        EXPECT_TRUE(prefs().setPreference("Placement", String("editor's")));
+    }
+    EXPECT_NE(TemporaryDirectory::read(home.file("Viewer/preferences.json")).find("viewer's"), std::string::npos);
+    EXPECT_NE(TemporaryDirectory::read(home.file("Editor/preferences.json")).find("editor's"), std::string::npos);
+
+    // A name is one directory below the configuration home, whatever it holds.
+    Qv::setApplicationName(WString(u"../../etc"));
+    EXPECT_EQ(Qv::configurationDirectory().view(), home.file(".._.._etc"));
+    Qv::setApplicationName(WString(u".."));
+    EXPECT_EQ(Qv::configurationDirectory().view(), home.file("Tela"));
 }

@@ -48,6 +48,38 @@ TEST(JsonParse, BadTextGivesAMessageAndNoDocumentWithoutThrowing)
     }
 }
 
+TEST(JsonParse, MessagesSayWhatAndWhereButNeverQuoteTheText)
+{
+    for (const char* text : {"{\"key\": \"secret words, never closed", "{\"key\": secret}", "[1, 2, \"secret\u0001\"]"}) {
+        SCOPED_TRACE(text);
+        const JSON::ParseResult result = JSON::parse(text);
+        ASSERT_FALSE(result.ok());
+        EXPECT_EQ(result.error.view().find("secret"), std::string_view::npos) << result.error.c_str();
+        EXPECT_EQ(result.error.view().find("json.exception"), std::string_view::npos) << result.error.c_str();
+        EXPECT_NE(result.error.view().find("line 1, column"), std::string_view::npos) << result.error.c_str();
+    }
+}
+
+TEST(JsonParse, NestingIsBoundedSoDeepDocumentsAreRefusedWhole)
+{
+    const auto nested = [](std::size_t depth, char open, char close) {
+        return std::string(depth, open) + std::string(depth, close);
+    };
+    EXPECT_TRUE(JSON::parse(nested(JSON::kMaxDepth, '[', ']')).ok());
+    for (const std::size_t depth : {JSON::kMaxDepth + 1, std::size_t{100000}}) {
+        const JSON::ParseResult result = JSON::parse(nested(depth, '[', ']'));
+        EXPECT_FALSE(result.ok()) << depth;
+        EXPECT_TRUE(result.value.is_discarded());
+        EXPECT_NE(result.error.view().find("nested deeper than"), std::string_view::npos) << result.error.c_str();
+    }
+    std::string objects;
+    for (std::size_t level = 0; level <= JSON::kMaxDepth; ++level)
+        objects += "{\"a\":";
+    objects += "1" + std::string(JSON::kMaxDepth + 1, '}');
+    EXPECT_FALSE(JSON::parse(objects).ok());
+    EXPECT_TRUE(JSON::parse(objects, JSON::kMaxDepth + 1).ok()); // a caller may allow more
+}
+
 TEST(JsonParse, DocumentsLiveInTheSeamAndReturnEveryBlock)
 {
     const auto before = live_blocks();

@@ -1,5 +1,6 @@
 #include "core/Config.h"
 #include "core/HTMLUtils.h"
+#include "core/Json.h"
 #include "core/Preferences.h"
 #include "core/TimedTask.h"
 
@@ -9,8 +10,62 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
+
+// Makes `path` unreadable for as long as it lives, the way a user meets it:
+// mode 000. Root reads such files anyway, so the calling thread also gives up
+// the two capabilities that let it, and takes them back at the end.
+class UnreadableFile {
+public:
+    explicit UnreadableFile(const std::string& path) : m_path(path)
+    {
+        ::stat(path.c_str(), &m_status);
+        ::chmod(path.c_str(), 0);
+        if (readable() && ::syscall(SYS_capget, &m_header, m_saved) == 0) {
+            __user_cap_data_struct reduced[2] = {m_saved[0], m_saved[1]};
+            reduced[0].effective &= ~((1u << CAP_DAC_OVERRIDE) | (1u << CAP_DAC_READ_SEARCH));
+            m_dropped = ::syscall(SYS_capset, &m_header, reduced) == 0;
+        }
+    }
+    ~UnreadableFile()
+    {
+        if (m_dropped)
+            ::syscall(SYS_capset, &m_header, m_saved);
+        ::chmod(m_path.c_str(), m_status.st_mode & 07777);
+    }
+    UnreadableFile(const UnreadableFile&) = delete;
+    UnreadableFile& operator=(const UnreadableFile&) = delete;
+
+    bool readable() const
+    {
+        const int fd = ::open(m_path.c_str(), O_RDONLY);
+        if (fd >= 0)
+            ::close(fd);
+        return fd >= 0;
+    }
+
+private:
+    std::string m_path;
+    struct stat m_status {};
+    __user_cap_header_struct m_header {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct m_saved[2] {};
+    bool m_dropped = false;
+};
+
+// A document `depth` levels deep: an object whose first member holds arrays
+// within arrays, and a preference after them.
+std::string nested(std::size_t depth)
+{
+    return "{\"deep\": " + std::string(depth - 1, '[') + std::string(depth - 1, ']') +
+           ", \"Default font name\": \"Serif\"}";
+}
 
 class PreferencesTest : public ::testing::Test {
 protected:
@@ -54,6 +109,61 @@ TEST_F(PreferencesTest, a_bad_file_is_kept_aside_and_a_failed_write_keeps_the_va
     EXPECT_FALSE(prefs().setPreference("Default font name", String("Mono")));
     EXPECT_EQ(reports.count("cannot be written"), 1);
     EXPECT_EQ(prefs().getPreference("Default font name"), String("Mono"));
+}
+
+TEST_F(PreferencesTest, a_file_that_cannot_be_read_is_reported_once_and_never_written_over)
+{
+    const std::string path = directory.file("preferences.json");
+    const std::string users = "{\"Default font name\": \"Serif\", \"Something of the user's\": \"kept\"}\n";
+    TemporaryDirectory::write(path, users);
+    {
+        const UnreadableFile unreadable(path);
+        if (unreadable.readable())
+            GTEST_SKIP() << "this process reads mode-000 files";
+        ReportCapture reports;
+        EXPECT_EQ(prefs().getPreference("Default font name", String("Sans")), String("Sans"));
+        EXPECT_FALSE(prefs().setPreference("Default font name", String("Mono")));
+        EXPECT_FALSE(prefs().setPreference("UI : Window colour", String("336699")));
+        EXPECT_EQ(prefs().getPreference("Default font name"), String("Mono")); // for this run
+        EXPECT_EQ(reports.count("cannot be read"), 1) << reports.text();
+        EXPECT_EQ(reports.count(path), 1) << reports.text();
+    }
+    EXPECT_EQ(TemporaryDirectory::read(path), users);
+    EXPECT_EQ(directory.entryCount(), 1u);
+}
+
+TEST_F(PreferencesTest, a_bad_file_that_cannot_be_set_aside_is_left_as_it_is)
+{
+    const std::string path = directory.file("preferences.json");
+    TemporaryDirectory::write(path, "{\"Default font name\": \"Serif\",");
+    TemporaryDirectory::write(path + ".corrupt", "");
+    for (int copy = 1; copy < 100; ++copy)
+        TemporaryDirectory::write(path + ".corrupt." + std::to_string(copy), "");
+    ReportCapture reports;
+    EXPECT_EQ(prefs().getPreference("Default font name", String("Sans")), String("Sans"));
+    EXPECT_FALSE(prefs().setPreference("Default font name", String("Mono")));
+    EXPECT_EQ(TemporaryDirectory::read(path), "{\"Default font name\": \"Serif\",");
+    EXPECT_EQ(reports.count("cannot be set aside"), 1) << reports.text();
+}
+
+TEST_F(PreferencesTest, a_file_nested_too_deep_is_set_aside_so_no_write_meets_it)
+{
+    TemporaryDirectory::write(directory.file("preferences.json"), nested(JSON::kMaxDepth));
+    EXPECT_EQ(prefs().getPreference("Default font name"), String("Serif"));
+
+    ReportCapture reports;
+    for (const std::size_t depth : {JSON::kMaxDepth + 1, std::size_t{100000}}) {
+        SCOPED_TRACE(depth);
+        const std::string place = directory.file(std::to_string(depth));
+        std::filesystem::create_directories(place);
+        TemporaryDirectory::write(place + "/preferences.json", nested(depth));
+        Qv::reloadConfigurationFrom(place);
+        ASSERT_EQ(prefs().getPreference("Default font name", String("Sans")), String("Sans"));
+        EXPECT_EQ(TemporaryDirectory::read(place + "/preferences.json.corrupt"), nested(depth));
+        EXPECT_TRUE(prefs().setPreference("Default font name", String("Mono")));
+        EXPECT_LT(std::filesystem::file_size(place + "/preferences.json"), 100u);
+    }
+    EXPECT_EQ(reports.count("nested deeper than"), 2) << reports.text();
 }
 
 TEST(HTMLUtils, colours_go_to_hex_and_back)

@@ -6,6 +6,7 @@
 #include "input/Cursors.h"
 #include "input/MouseContainmentManager.h"
 #include "input/SystemBusyMonitor.h"
+#include "support/ReportCapture.h"
 
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
@@ -147,6 +148,20 @@ TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems
     tela_setCursor(40);
     tela_setCursor(36);
     EXPECT_EQ(windowing().stockCursorsMade(), made + 3); // each made once
+}
+
+TEST_F(CursorTest, a_missing_icons_folder_is_reported_at_most_once_and_no_file_is_tried)
+{
+    Tela::setIconsDirectory(WString(fromUTF8(String(icons.file("no icons here").c_str()))));
+    ReportCapture reports;
+    for (int start = 0; start < 2; ++start) {
+        tela_state().cursorCache.clear();
+        tela_setCursor(kDefaultCursor);
+        tela_setCursor(20);
+        EXPECT_EQ(windowing().selectedCursor()->stockId, 20);
+    }
+    EXPECT_LE(reports.count("no icons folder"), 1) << reports.text();
+    EXPECT_EQ(reports.count(".png"), 0) << reports.text();
 }
 
 TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque_pixel_as_hot_spot)
