@@ -120,14 +120,14 @@ void Tela::Application::init()
 
 void Tela::Application::setBackgroundInitRequired(bool required)
 {
-    m_appFlags = required ? (m_appFlags | kBackgroundInitRequired) : (m_appFlags & ~kBackgroundInitRequired);
+    appFlags = required ? (appFlags | kBackgroundInitRequired) : (appFlags & ~kBackgroundInitRequired);
 }
 
 void Tela::Application::run()
 {
-    iRootWindow::InitArgs args = m_windowDescription;
+    iRootWindow::InitArgs args = windowDescription;
     args.eventHandler = Qv::make<StartupEventHandler>(Qv::makeCallback(this, &Application::init));
-    args.wallpaper = m_wallpaper;
+    args.wallpaper = wallpaper;
     tela_setmatrix(1.0, 0.0, 0.0, 1.0, 0, 0);
     RootCanvas* const root = tela_createRootCanvas(args);
     if (!root) {
@@ -146,8 +146,8 @@ void Tela::Application::run()
 void Tela::Application::shutdown()
 {
     Shutdown::beginShutdown();
-    if ((m_appFlags & kBackgroundInitRequired) && m_initTask)
-        m_initTask->stop();
+    if ((appFlags & kBackgroundInitRequired) && initTask)
+        initTask->stop();
     endApplicationRoots();
     Qv::Application::shutdown();
 }
@@ -176,7 +176,7 @@ void Tela::Application::endApplicationRoots()
 
 int Tela::Application::init(const NotifyMsg&)
 {
-    if (!(m_appFlags & kBackgroundInitRequired)) {
+    if (!(appFlags & kBackgroundInitRequired)) {
         // The handler of the window description is left uninstalled on this
         // road: the start-up handler stays the window's dispatcher.
         initComplete();
@@ -184,9 +184,9 @@ int Tela::Application::init(const NotifyMsg&)
     }
     using Task = MethodTask<Application, NotifyMsg>;
     const auto task = Qv::make<Task>(this, static_cast<Task::Method>(&Application::backgroundInit), NotifyMsg());
-    m_initTask = task;
+    initTask = task;
     prepareForBackgroundInit(task->log());
-    UIBackgroundTasksQueue::instance().queue(m_initTask, false);
+    UIBackgroundTasksQueue::instance().queue(initTask, false);
     return 0;
 }
 
@@ -202,7 +202,7 @@ int Tela::Application::backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log)
 int Tela::Application::initComplete(const NotifyMsg&)
 {
     SystemBusyMonitor::start(500);
-    if (const Qv::Ptr<iEventHandler> handler = m_windowDescription.eventHandler) {
+    if (const Qv::Ptr<iEventHandler> handler = windowDescription.eventHandler) {
         TelaState& state = tela_state();
         if (!state.rootWindows.empty()) {
             RootWindowRec& first = state.rootWindows.front();
@@ -212,7 +212,7 @@ int Tela::Application::initComplete(const NotifyMsg&)
             if (state.tickTimer)
                 tela_restart_tick();
         }
-        m_windowDescription.eventHandler = nullptr;
+        windowDescription.eventHandler = nullptr;
     }
     initComplete();
     return 0;
@@ -264,7 +264,7 @@ Tela::StartupEventHandler::eRC Tela::StartupEventHandler::handleEvent(const User
 void Tela::StartupEventHandler::init()
 {
     // Once: a window may come up again after being hidden.
-    if (const Qv::Ptr<iCallbackBase<int, NotifyMsg>> ready = std::move(m_onReady))
+    if (const Qv::Ptr<iCallbackBase<int, NotifyMsg>> ready = std::move(onReady))
         ready->execute(NotifyMsg());
 }
 

@@ -80,8 +80,8 @@ protected:
     // Copied for the window. Its eventHandler is the program's dispatcher,
     // installed at the end of start-up only with background initialisation
     // (see setBackgroundInitRequired).
-    void setWindowDescription(const iRootWindow::InitArgs& args) { m_windowDescription = args; }
-    void setWallpaper(const Qv::Ptr<iWallpaperProvider>& wallpaper) { m_wallpaper = wallpaper; }
+    void setWindowDescription(const iRootWindow::InitArgs& args) { windowDescription = args; }
+    void setWallpaper(const Qv::Ptr<iWallpaperProvider>& provider) { wallpaper = provider; }
 
 private:
     void init();
@@ -92,10 +92,10 @@ private:
     // Deletes the roots run() made, setting loose what the program left on them.
     static void endApplicationRoots();
 
-    Qv::Ptr<iBackgroundTask> m_initTask;
-    iRootWindow::InitArgs m_windowDescription;
-    Qv::Ptr<iWallpaperProvider> m_wallpaper;
-    std::uint32_t m_appFlags = 0; // bit 0: background initialisation required
+    Qv::Ptr<iBackgroundTask> initTask;
+    iRootWindow::InitArgs windowDescription;
+    Qv::Ptr<iWallpaperProvider> wallpaper;
+    std::uint32_t appFlags = 0; // bit 0: background initialisation required
 };
 
 // The window's dispatcher during start-up, and for the whole run when the
@@ -103,7 +103,7 @@ private:
 // bindings, but the close-request key still ends the loop.
 class StartupEventHandler : public RootWindowEventHandler {
 public:
-    explicit StartupEventHandler(Qv::Ptr<iCallbackBase<int, NotifyMsg>> onReady) : m_onReady(std::move(onReady)) {}
+    explicit StartupEventHandler(Qv::Ptr<iCallbackBase<int, NotifyMsg>> ready) : onReady(std::move(ready)) {}
 
     eRC handleEvent(const UserEvent& event) override;
     using RootWindowEventHandler::handleEvent;
@@ -112,7 +112,7 @@ protected:
     void init() override;
 
 private:
-    Qv::Ptr<iCallbackBase<int, NotifyMsg>> m_onReady;
+    Qv::Ptr<iCallbackBase<int, NotifyMsg>> onReady;
 };
 
 } // namespace Tela
