@@ -5,14 +5,14 @@
 // shows is worked out against all those above it, and the curve should stay
 // near linear.
 
-#include "app/TelaState.h"
-#include "canvas/Canvas.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/CanvasWalk.h"
-#include "canvas/RootCanvas.h"
-#include "canvas/UpdateTracking.h"
-#include "events/EventQueue.h"
-#include "vector/Regions.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/CanvasWalk.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/UpdateTracking.h"
+#include "tela/events/EventQueue.h"
+#include "tela/vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"

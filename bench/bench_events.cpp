@@ -11,13 +11,13 @@
 // messages from 8 threads to one handler: the deferred figure per action
 // should stay within twice that.
 
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "events/Deferred.h"
-#include "events/Event.h"
-#include "events/EventHandler.h"
-#include "events/EventQueue.h"
-#include "input/RootWindowEventHandler.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/events/Deferred.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventHandler.h"
+#include "tela/events/EventQueue.h"
+#include "tela/input/RootWindowEventHandler.h"
 
 #include "headless/HeadlessServices.h"
 

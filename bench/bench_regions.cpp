@@ -2,10 +2,10 @@
 // rectangles: the difference is the cost of the wrapper (null handling, the
 // bounding-box test, the counted result object).
 
-#include "vector/Regions.h"
+#include "tela/vector/Regions.h"
 
-#include "platform/OS.h"
-#include "platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iWindowingService.h"
 
 #include <benchmark/benchmark.h>
 #include <pixman.h>

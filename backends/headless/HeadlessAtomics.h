@@ -1,7 +1,7 @@
 // HeadlessAtomics: the atomic operations over std::atomic_ref, each sequentially consistent.
 #pragma once
 
-#include "platform/iAtomicsService.h"
+#include "tela/platform/iAtomicsService.h"
 
 namespace Headless {
 

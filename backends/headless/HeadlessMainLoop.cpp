@@ -1,6 +1,6 @@
 #include "headless/HeadlessMainLoop.h"
 
-#include "core/Clock.h"
+#include "tela/core/Clock.h"
 #include "headless/HeadlessRootWindow.h"
 
 #include <algorithm>

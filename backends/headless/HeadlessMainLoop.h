@@ -15,8 +15,8 @@
 //   and postWake never waits on the main thread.
 #pragma once
 
-#include "core/Memory.h"
-#include "platform/OSEvents.h"
+#include "tela/core/Memory.h"
+#include "tela/platform/OSEvents.h"
 
 #include <condition_variable>
 #include <cstdint>

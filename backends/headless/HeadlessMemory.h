@@ -2,7 +2,7 @@
 // see that everything the library allocated went back.
 #pragma once
 
-#include "platform/iMemoryService.h"
+#include "tela/platform/iMemoryService.h"
 
 #include <atomic>
 #include <cstdint>

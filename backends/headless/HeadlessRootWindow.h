@@ -9,9 +9,9 @@
 
 #include "headless/HostImage.h"
 #include "headless/InvalidArea.h"
-#include "platform/iEventHandler.h"
-#include "platform/iRegion.h"
-#include "platform/iRootWindow.h"
+#include "tela/platform/iEventHandler.h"
+#include "tela/platform/iRegion.h"
+#include "tela/platform/iRootWindow.h"
 
 #include <atomic>
 

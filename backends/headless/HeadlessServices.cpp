@@ -1,7 +1,8 @@
 #include "headless/HeadlessServices.h"
 #include "headless/SoftwareRenderer.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
+#include "tela/platform/Platforms.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"
 #include "headless/PixmanRegion.h"
@@ -19,9 +20,16 @@ Headless::Services& Headless::services()
     return *instance;
 }
 
-iOSServices* tela_defaultOSServices()
+// The embedded default: always there, never in the way of a display.
+const Tela::Platform& tela_platform_headless()
 {
-    return &Headless::services();
+    static const Tela::Platform platform {
+        "headless",
+        [] { return static_cast<iOSServices*>(&Headless::services()); },
+        [] { return false; },
+        [] { return Tela::installOSServices(&Headless::services()) || OS() == &Headless::services(); },
+    };
+    return platform;
 }
 
 bool Headless::FileSystem::isDirectory(const WString& path)
@@ -139,6 +147,11 @@ bool Headless::Imaging::loadImage(Qv::Ptr<iHostImage>& out, const WString& path)
     Qv::Ptr<HostImage> image = loadPng(toUTF8(path).c_str());
     out = image;
     return static_cast<bool>(image);
+}
+
+bool Headless::Imaging::saveImage(const Qv::Ptr<iImage>& image, const WString& path)
+{
+    return image && savePng(*image, toUTF8(path).c_str());
 }
 
 bool Headless::Imaging::resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size)

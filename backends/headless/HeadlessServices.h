@@ -9,12 +9,12 @@
 #include "headless/HeadlessMainLoop.h"
 #include "headless/HeadlessMemory.h"
 #include "headless/HeadlessThreading.h"
-#include "platform/OS.h"
-#include "platform/iFileSystemService.h"
-#include "platform/iImagingService.h"
-#include "platform/iShellService.h"
-#include "platform/iSystemInfo.h"
-#include "platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iFileSystemService.h"
+#include "tela/platform/iImagingService.h"
+#include "tela/platform/iShellService.h"
+#include "tela/platform/iSystemInfo.h"
+#include "tela/platform/iWindowingService.h"
 
 #include <atomic>
 #include <mutex>
@@ -119,6 +119,7 @@ public:
     void releaseGPUResources() override {}
     Qv::Ptr<iShaderEffect> findShader(const String& name) override;
     bool loadImage(Qv::Ptr<iHostImage>& out, const WString& path) override;
+    bool saveImage(const Qv::Ptr<iImage>& image, const WString& path) override;
     bool resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size) override;
 };
 

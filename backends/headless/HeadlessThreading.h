@@ -1,7 +1,7 @@
 // HeadlessThreading: threads and waitable events over the standard library.
 #pragma once
 
-#include "platform/iThreadingService.h"
+#include "tela/platform/iThreadingService.h"
 
 namespace Headless {
 

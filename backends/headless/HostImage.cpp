@@ -1,6 +1,6 @@
 #include "headless/HostImage.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 #include "headless/SoftwareRenderer.h"
 
 #include <cstring>

@@ -3,7 +3,7 @@
 // It is also this backend's composited-surface image: "the GPU" is host memory here.
 #pragma once
 
-#include "platform/iImage.h"
+#include "tela/platform/iImage.h"
 
 #include <atomic>
 

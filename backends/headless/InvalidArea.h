@@ -3,8 +3,8 @@
 // was for the whole window.
 #pragma once
 
-#include "core/Ptr.h"
-#include "platform/iRegion.h"
+#include "tela/core/Ptr.h"
+#include "tela/platform/iRegion.h"
 
 namespace Headless {
 

@@ -1,6 +1,6 @@
 #include "headless/PixmanRegion.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 
 #include <atomic>
 #include <algorithm>

@@ -9,7 +9,7 @@
 //   every translateInPlace, so two different shapes never share one.
 #pragma once
 
-#include "platform/iRegion.h"
+#include "tela/platform/iRegion.h"
 
 #include <pixman.h>
 

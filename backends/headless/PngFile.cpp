@@ -1,7 +1,7 @@
 #include "headless/PngFile.h"
 
-#include "core/AtomicFile.h"
-#include "core/Log.h"
+#include "tela/core/AtomicFile.h"
+#include "tela/core/Log.h"
 
 #include <png.h>
 

@@ -9,7 +9,7 @@
 // [SECTION] Operations not drawn yet
 #include "headless/SoftwareRenderer.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 #include "headless/PixmanRegion.h"
 
 #include <algorithm>

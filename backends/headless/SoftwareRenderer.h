@@ -23,7 +23,7 @@
 #pragma once
 
 #include "headless/HostImage.h"
-#include "platform/GraphicPrimitives.h"
+#include "tela/platform/GraphicPrimitives.h"
 
 #include <pixman.h>
 

@@ -1,6 +1,6 @@
 #include "sdl/SdlInput.h"
 
-#include "core/Clock.h"
+#include "tela/core/Clock.h"
 
 std::uint32_t Sdl::modifierBits(std::uint16_t sdlModifiers)
 {

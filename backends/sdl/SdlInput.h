@@ -1,7 +1,7 @@
 // Translation of SDL's input events into the platform's records.
 #pragma once
 
-#include "platform/OSEvents.h"
+#include "tela/platform/OSEvents.h"
 
 #include <SDL.h>
 

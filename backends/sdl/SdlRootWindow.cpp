@@ -1,6 +1,6 @@
 #include "sdl/SdlRootWindow.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 #include "sdl/SdlServices.h"
 
 namespace {

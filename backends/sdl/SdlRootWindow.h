@@ -11,8 +11,8 @@
 
 #include "headless/HostImage.h"
 #include "headless/InvalidArea.h"
-#include "platform/iEventHandler.h"
-#include "platform/iRootWindow.h"
+#include "tela/platform/iEventHandler.h"
+#include "tela/platform/iRootWindow.h"
 
 #include <SDL.h>
 

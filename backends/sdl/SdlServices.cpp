@@ -1,7 +1,8 @@
 #include "sdl/SdlServices.h"
 
-#include "core/Log.h"
-#include "core/Threads.h"
+#include "tela/core/Log.h"
+#include "tela/platform/Platforms.h"
+#include "tela/core/Threads.h"
 #include "headless/PixmanRegion.h"
 #include "sdl/SdlInput.h"
 #include "sdl/SdlRootWindow.h"
@@ -63,6 +64,18 @@ bool Sdl::wanted()
     const char* x11 = std::getenv("DISPLAY");
     const char* wayland = std::getenv("WAYLAND_DISPLAY");
     return (x11 && *x11) || (wayland && *wayland);
+}
+
+// Real windows when the environment asks for them or a display is present.
+const Tela::Platform& tela_platform_sdl()
+{
+    static const Tela::Platform platform {
+        "sdl",
+        [] { return static_cast<iOSServices*>(&Sdl::services()); },
+        Sdl::wanted,
+        Sdl::install,
+    };
+    return platform;
 }
 
 bool Sdl::install()

@@ -23,9 +23,9 @@
 #pragma once
 
 #include "headless/HeadlessServices.h"
-#include "platform/OS.h"
-#include "platform/iSystemInfo.h"
-#include "platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iSystemInfo.h"
+#include "tela/platform/iWindowingService.h"
 #include "sdl/SdlX11.h"
 
 #include <SDL.h>

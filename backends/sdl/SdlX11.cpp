@@ -1,6 +1,6 @@
 #include "sdl/SdlX11.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 
 #include <SDL_syswm.h>
 #include <X11/Xlib.h>

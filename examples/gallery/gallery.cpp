@@ -13,28 +13,27 @@
 //
 // Usage: gallery [directory for screenshots]   (default: the current directory)
 
-#include "app/Application.h"
-#include "app/TelaState.h"
-#include "canvas/Canvas.h"
-#include "canvas/CanvasClient.h"
-#include "canvas/CanvasGeometry.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "canvas/UpdateTracking.h"
-#include "canvas/Wipe.h"
-#include "colour/CurrentColour.h"
-#include "events/Deferred.h"
-#include "events/Event.h"
-#include "events/EventQueue.h"
-#include "events/EventTimeServer.h"
-#include "input/RootWindowEventHandler.h"
-#include "vector/Regions.h"
+#include "tela/app/Application.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasClient.h"
+#include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/UpdateTracking.h"
+#include "tela/canvas/Wipe.h"
+#include "tela/colour/CurrentColour.h"
+#include "tela/events/Deferred.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventQueue.h"
+#include "tela/events/EventTimeServer.h"
+#include "tela/input/RootWindowEventHandler.h"
+#include "tela/vector/Regions.h"
 
-#include "headless/HeadlessRootWindow.h"
-#include "headless/HeadlessServices.h"
-#include "headless/HostImage.h"
-#include "platform/OS.h"
-#include "sdl/SdlServices.h"
+#include "tela/canvas/ScreenGrab.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/Platforms.h"
+#include "tela/platform/iImagingService.h"
 
 #include <cstdio>
 #include <cstring>
@@ -96,13 +95,16 @@ class StripedWallpaper final : public iWallpaperProvider {
 public:
     Qv::Ptr<iImage> getWallpaper(const XY<int>&) override
     {
-        Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({24, 24});
-        if (!tile)
+        Qv::Ptr<iImage> tile;
+        if (!OS()->imaging()->createTargetImage(tile, {24, 24}, iImageBase::eHostMemory) || !tile)
+            return nullptr;
+        const Qv::Ptr<iPixelGuard> pixels = tile->lock();
+        if (!pixels)
             return nullptr;
         for (int y = 0; y < 24; ++y)
             for (int x = 0; x < 24; ++x) {
                 const std::uint32_t argb = (x + y) % 12 < 6 ? 0xFF2A2E34u : 0xFF30353Cu;
-                std::memcpy(tile->data() + y * tile->stride() + x * 4, &argb, 4);
+                std::memcpy(pixels->pixels() + y * pixels->stride() + x * 4, &argb, 4);
             }
         return tile;
     }
@@ -148,9 +150,9 @@ protected:
     {
         Application::initComplete();
         build();
-        if (auto window = headless_window()) {
-            snapshot(*window, "gallery-1-start.png");
-            play_script(*window);
+        if (!m_on_screen) {
+            snapshot("gallery-1-start.png");
+            play_script();
         }
     }
 
@@ -231,16 +233,10 @@ private:
         tela_setcanvas(nullptr);
     }
 
-    static Qv::Ptr<Headless::RootWindow> headless_window()
-    {
-        Canvas* root = tela_rootcanvas();
-        return root ? Qv::dynamicCast<Headless::RootWindow>(root->getWindow()) : nullptr;
-    }
-
-    void snapshot(Headless::RootWindow& window, const char* name)
+    void snapshot(const char* name)
     {
         const std::string path = m_screenshots + "/" + name;
-        if (window.snapshot(path.c_str())) {
+        if (OS()->imaging()->saveImage(tela_getScreenRect(), fromUTF8(path.c_str()))) {
             std::printf("wrote %s\n", path.c_str());
         } else {
             std::fprintf(stderr, "could not write %s\n", path.c_str());
@@ -248,32 +244,39 @@ private:
         }
     }
 
+    // The window's input, handed to its handler as the platform would.
+    template <typename Report>
+    static void input(const Report& report)
+    {
+        const TelaState& state = tela_state();
+        if (!state.rootWindows.empty() && state.rootWindows.front().eventHandler)
+            state.rootWindows.front().eventHandler->handleEvent(report);
+    }
+
     // What a user might do in the first second: pick the fourth entry, go one
     // down with the keyboard, light a card; then look, and close the window.
-    void play_script(Headless::RootWindow& window)
+    void play_script()
     {
-        const auto click = [&window](int x, int y) {
+        const auto click = [](int x, int y) {
             MouseEvent press;
             press.pos = {x, y};
             press.action = MouseEvent::eLeftDown;
-            window.script(press);
+            input(press);
             press.action = MouseEvent::eLeftUp;
-            window.script(press);
+            input(press);
         };
         click(60, 16 + 3 * 44 + 10);
         KeyEvent down;
         down.keyCode = kKeyDown;
-        window.script(down);
+        input(down);
         down.action = KeyEvent::eRelease;
-        window.script(down);
+        input(down);
         click(300, 100);
         m_script = Qv::make<FunctionWrapper>([this] {
-            if (auto window = headless_window()) {
-                snapshot(*window, "gallery-2-after-session.png");
-                WindowEvent close;
-                close.kind = WindowEvent::eCloseRequest;
-                window->script(close);
-            }
+            snapshot("gallery-2-after-session.png");
+            WindowEvent close;
+            close.kind = WindowEvent::eCloseRequest;
+            input(close);
         });
         EventTimeServer::instance().registerForTimeEvent(m_script.get(), 600);
     }
@@ -288,16 +291,16 @@ private:
     int m_marker_steps = 0;
     Qv::Ptr<EventHandler> m_script;
     int m_failures = 0;
+    bool m_on_screen = std::strcmp(Tela::choosePlatform(), "headless") != 0;
 };
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool on_screen = Sdl::wanted() && Sdl::install();
-    if (on_screen)
-        std::printf("showing the gallery; close its window to end\n");
     Gallery gallery(argc > 1 ? argv[1] : ".");
+    if (std::strcmp(Tela::choosePlatform(), "headless") != 0)
+        std::printf("showing the gallery; close its window to end\n");
     gallery.run();
     gallery.end();
     return gallery.failures() == 0 ? 0 : 1;

@@ -1,15 +1,15 @@
 // What one canvas, and the root's background, hand the renderer in a composited frame.
 
-#include "app/TelaState.h"
-#include "canvas/Canvas.h"
-#include "canvas/CanvasGeometry.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "canvas/Tiling.h"
-#include "events/EventQueue.h"
-#include "platform/OS.h"
-#include "platform/iWindowingService.h"
-#include "vector/Regions.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/Tiling.h"
+#include "tela/events/EventQueue.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iWindowingService.h"
+#include "tela/vector/Regions.h"
 
 #include "support/RecordingRenderer.h"
 

@@ -1,4 +1,4 @@
-#include "core/AtomicFile.h"
+#include "tela/core/AtomicFile.h"
 
 #include "TemporaryDirectory.h"
 

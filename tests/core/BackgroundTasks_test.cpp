@@ -1,7 +1,7 @@
 // Background tasks: off the main thread, one at a time, urgent ones first.
-#include "core/BackgroundTasks.h"
-#include "core/Shutdown.h"
-#include "core/Threads.h"
+#include "tela/core/BackgroundTasks.h"
+#include "tela/core/Shutdown.h"
+#include "tela/core/Threads.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/Clock.h"
+#include "tela/core/Clock.h"
 
 #include <gtest/gtest.h>
 

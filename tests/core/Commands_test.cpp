@@ -1,4 +1,4 @@
-#include "core/Commands.h"
+#include "tela/core/Commands.h"
 
 #include "support/ReportCapture.h"
 

@@ -1,8 +1,8 @@
-#include "core/Application.h"
-#include "core/Config.h"
-#include "core/Json.h"
-#include "core/Preferences.h"
-#include "core/SettingsFile.h"
+#include "tela/core/QvApplication.h"
+#include "tela/core/Config.h"
+#include "tela/core/Json.h"
+#include "tela/core/Preferences.h"
+#include "tela/core/SettingsFile.h"
 
 #include "TemporaryDirectory.h"
 #include "support/ReportCapture.h"

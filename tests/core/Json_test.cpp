@@ -1,4 +1,4 @@
-#include "core/Json.h"
+#include "tela/core/Json.h"
 
 #include "support/LiveBlocks.h"
 #include "support/ReportCapture.h"

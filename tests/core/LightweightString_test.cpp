@@ -1,4 +1,4 @@
-#include "core/LightweightString.h"
+#include "tela/core/LightweightString.h"
 #include "support/LiveBlocks.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "core/Notifier.h"
-#include "core/NotifyMsgTypeDictionary.h"
+#include "tela/core/Notifier.h"
+#include "tela/core/NotifyMsgTypeDictionary.h"
 
 #include "support/LiveBlocks.h"
 #include "support/ReportCapture.h"

@@ -1,8 +1,8 @@
-#include "core/Config.h"
-#include "core/HTMLUtils.h"
-#include "core/Json.h"
-#include "core/Preferences.h"
-#include "core/TimedTask.h"
+#include "tela/core/Config.h"
+#include "tela/core/HTMLUtils.h"
+#include "tela/core/Json.h"
+#include "tela/core/Preferences.h"
+#include "tela/core/TimedTask.h"
 
 #include "TemporaryDirectory.h"
 #include "support/ReportCapture.h"

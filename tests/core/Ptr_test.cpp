@@ -1,4 +1,4 @@
-#include "core/Ptr.h"
+#include "tela/core/Ptr.h"
 #include "support/LiveBlocks.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The way out: callbacks by priority, once, with the exiting flag set first.
-#include "core/Shutdown.h"
+#include "tela/core/Shutdown.h"
 
 #include <gtest/gtest.h>
 

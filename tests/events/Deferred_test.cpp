@@ -3,11 +3,11 @@
 
 #include "EventSupport.h"
 
-#include "canvas/CanvasTree.h"
-#include "core/NotifyMsg.h"
-#include "core/Threads.h"
-#include "events/Deferred.h"
-#include "events/UIThreadCallback.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/core/NotifyMsg.h"
+#include "tela/core/Threads.h"
+#include "tela/events/Deferred.h"
+#include "tela/events/UIThreadCallback.h"
 
 #include <gtest/gtest.h>
 

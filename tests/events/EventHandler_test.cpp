@@ -3,9 +3,9 @@
 
 #include "EventSupport.h"
 
-#include "canvas/Canvas.h"
-#include "canvas/CanvasClient.h"
-#include "canvas/CanvasTree.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasClient.h"
+#include "tela/canvas/CanvasTree.h"
 
 #include <gtest/gtest.h>
 

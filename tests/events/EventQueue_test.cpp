@@ -1,8 +1,8 @@
 #include "EventSupport.h"
 
-#include "canvas/Canvas.h"
-#include "canvas/CanvasTree.h"
-#include "vector/GraphicsState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/vector/GraphicsState.h"
 
 #include "support/LiveBlocks.h"
 

@@ -1,4 +1,4 @@
-#include "events/Event.h"
+#include "tela/events/Event.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Helpers shared by the event tests: a recording handler and a clean queue.
 #pragma once
 
-#include "core/Clock.h"
-#include "events/Event.h"
-#include "events/EventHandler.h"
-#include "events/EventQueue.h"
+#include "tela/core/Clock.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventHandler.h"
+#include "tela/events/EventQueue.h"
 
 #include <vector>
 

@@ -3,7 +3,7 @@
 
 #include "EventSupport.h"
 
-#include "events/FilterStack.h"
+#include "tela/events/FilterStack.h"
 #include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "EventSupport.h"
 
-#include "events/Messages.h"
+#include "tela/events/Messages.h"
 
 #include <gtest/gtest.h>
 

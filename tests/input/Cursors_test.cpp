@@ -3,9 +3,9 @@
 #include "input/RootWindowFixture.h"
 
 #include "core/TemporaryDirectory.h"
-#include "input/Cursors.h"
-#include "input/MouseContainmentManager.h"
-#include "input/SystemBusyMonitor.h"
+#include "tela/input/Cursors.h"
+#include "tela/canvas/MouseContainmentManager.h"
+#include "tela/input/SystemBusyMonitor.h"
 #include "support/ReportCapture.h"
 
 #include "headless/HeadlessServices.h"

@@ -2,13 +2,13 @@
 // and the window's own events: focus, size, close and dragged files.
 #include "input/RootWindowFixture.h"
 
-#include "app/Application.h"
-#include "core/Clock.h"
-#include "core/Commands.h"
-#include "core/KeybindingManager.h"
-#include "core/Shutdown.h"
-#include "core/SystemWatchdog.h"
-#include "events/FilterStack.h"
+#include "tela/app/Application.h"
+#include "tela/core/Clock.h"
+#include "tela/core/Commands.h"
+#include "tela/core/KeybindingManager.h"
+#include "tela/core/Shutdown.h"
+#include "tela/core/SystemWatchdog.h"
+#include "tela/events/FilterStack.h"
 #include "headless/HeadlessServices.h"
 
 #include <thread>

@@ -2,7 +2,7 @@
 // in order, and the mouse state is forgotten after the drag.
 #include "input/RootWindowFixture.h"
 
-#include "input/FileDrag.h"
+#include "tela/input/FileDrag.h"
 
 namespace {
 

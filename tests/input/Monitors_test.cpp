@@ -1,15 +1,15 @@
 // Monitors, placement on the desktop, and the flips between the library's
 // coordinates and the window's.
 
-#include "app/TelaState.h"
-#include "canvas/Canvas.h"
-#include "canvas/CanvasGeometry.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/Coordinates.h"
-#include "canvas/RootCanvas.h"
-#include "core/Config.h"
-#include "input/Monitors.h"
-#include "vector/Regions.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/Coordinates.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/core/Config.h"
+#include "tela/input/Monitors.h"
+#include "tela/vector/Regions.h"
 
 #include "core/TemporaryDirectory.h"
 #include "headless/HeadlessServices.h"

@@ -3,15 +3,15 @@
 // what it queued.
 #pragma once
 
-#include "app/TelaState.h"
-#include "canvas/CanvasClient.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "events/Event.h"
-#include "events/EventQueue.h"
-#include "input/MouseState.h"
-#include "input/RootWindowEventHandler.h"
-#include "vector/Regions.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/CanvasClient.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventQueue.h"
+#include "tela/input/MouseState.h"
+#include "tela/input/RootWindowEventHandler.h"
+#include "tela/vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
 

@@ -2,9 +2,9 @@
 // folding, capture, click counting, button chords and drag distance.
 #include "input/RootWindowFixture.h"
 
-#include "core/Config.h"
+#include "tela/core/Config.h"
 #include "core/TemporaryDirectory.h"
-#include "core/WrappedData.h"
+#include "tela/core/WrappedData.h"
 
 #include <functional>
 

@@ -1,11 +1,11 @@
 // The window's placement, stored and restored between runs.
 
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "core/Config.h"
-#include "core/Preferences.h"
-#include "input/RootWindowEventHandler.h"
-#include "input/WindowPlacement.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/core/Config.h"
+#include "tela/core/Preferences.h"
+#include "tela/input/RootWindowEventHandler.h"
+#include "tela/input/WindowPlacement.h"
 
 #include "core/TemporaryDirectory.h"
 #include "headless/HeadlessRootWindow.h"

@@ -2,12 +2,12 @@
 // pressed the way a window manager presses it, files dropped on the window,
 // the busy cursor of a stalled main thread, and the screen's density.
 
-#include "app/TelaState.h"
-#include "canvas/CanvasTree.h"
-#include "canvas/RootCanvas.h"
-#include "core/Clock.h"
-#include "input/RootWindowEventHandler.h"
-#include "input/SystemBusyMonitor.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/core/Clock.h"
+#include "tela/input/RootWindowEventHandler.h"
+#include "tela/input/SystemBusyMonitor.h"
 
 #include "sdl/SdlRootWindow.h"
 #include "sdl/SdlServices.h"

@@ -3,7 +3,7 @@
 // everything else are left alone.
 #pragma once
 
-#include "canvas/RootCanvas.h"
+#include "tela/canvas/RootCanvas.h"
 #include "support/WakeSink.h"
 
 class PaintForwarder final : public WakeSink {

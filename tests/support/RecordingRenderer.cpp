@@ -1,6 +1,6 @@
 #include "support/RecordingRenderer.h"
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 
 void RecordingRenderer::clear()
 {

@@ -11,7 +11,7 @@
 // - getCaps() answers what the test set with setCaps(), 0 at first.
 #pragma once
 
-#include "platform/GraphicPrimitives.h"
+#include "tela/platform/GraphicPrimitives.h"
 
 #include <cstring>
 #include <string>

@@ -1,7 +1,7 @@
 // ReportCapture: collects everything murl_printf prints while it lives.
 #pragma once
 
-#include "core/Log.h"
+#include "tela/core/Log.h"
 
 #include <mutex>
 #include <string>

@@ -2,7 +2,7 @@
 // other platform event is left unhandled.
 #pragma once
 
-#include "platform/iEventHandler.h"
+#include "tela/platform/iEventHandler.h"
 
 class WakeSink : public iEventHandler {
 public:

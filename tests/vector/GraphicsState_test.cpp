@@ -1,6 +1,6 @@
-#include "app/Diagnostics.h"
-#include "vector/GraphicsState.h"
-#include "vector/Matrix.h"
+#include "tela/app/Diagnostics.h"
+#include "tela/vector/GraphicsState.h"
+#include "tela/vector/Matrix.h"
 
 #include "support/ReportCapture.h"
 

@@ -1,8 +1,8 @@
-#include "app/TelaState.h"
-#include "canvas/Canvas.h"
-#include "canvas/CanvasTree.h"
-#include "vector/RegionBuilder.h"
-#include "vector/Regions.h"
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/vector/RegionBuilder.h"
+#include "tela/vector/Regions.h"
 
 #include "headless/HostImage.h"
 #include "support/LiveBlocks.h"

@@ -1,9 +1,0 @@
-// iFont: a live font. Measuring and drawing text arrive with the text subsystem.
-#pragma once
-
-#include "core/Ptr.h"
-
-class iFont : public iObject {
-public:
-    virtual int height() const = 0;
-};

@@ -1,0 +1,215 @@
+#include "tela/canvas/DisplayPipeline.h"
+
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasClient.h"
+#include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasWalk.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/UpdateTracking.h"
+#include "tela/platform/GraphicPrimitives.h"
+#include "tela/vector/Regions.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace {
+
+// The composited road: gather the damage into one box and ask the window for
+// a frame; its paint event redraws the tree.
+void invalidate_dirty(Canvas* root, Canvas* start)
+{
+    Qv::Box<int> box;
+    int count = 0;
+    Tela::VisibleRegions visible;
+    for (Canvas* c = canvas_walk_postorder_oldest_first(start, nullptr); c;
+         c = canvas_walk_postorder_oldest_first(start, c)) {
+        if (c->dirty) {
+            if (c->mapped) {
+                Qv::Box<int> damage;
+                if (c->updateRegion()) {
+                    c->updateRegion()->getBox(damage);
+                    if (count == 0) {
+                        box = damage;
+                    } else {
+                        box = {std::min(box.x1, damage.x1), std::min(box.y1, damage.y1), std::max(box.x2, damage.x2),
+                               std::max(box.y2, damage.y2)};
+                    }
+                }
+                c->visibleRegion(visible.of(c));
+                ++count;
+            }
+            canvupd_mark_clean(c);
+        }
+        c->releaseRenderers();
+    }
+    if (count != 0)
+        root->window->invalidate(region_mkrect(TopDownRect{box.x1, box.y1, box.x2, box.y2}));
+}
+
+// The host road: every damaged canvas is painted now, all within one frame.
+void flush_dirty(Canvas* root, Canvas* start)
+{
+    Qv::Ptr<iGraphicPrimitivesRenderer> frame;
+    root->window->getRenderer(frame, 1);
+    // Painting changes no shape or stacking, so the visible regions of the
+    // whole walk can be worked out together.
+    Tela::VisibleRegions visible;
+    for (Canvas* c = canvas_walk_postorder_oldest_first(start, nullptr); c;
+         c = canvas_walk_postorder_oldest_first(start, c))
+        canvupd_flush(c, visible);
+}
+
+void display_dirty_regions(Canvas* root, Canvas* canvas)
+{
+    if (!root || !root->window)
+        return;
+    Canvas* start = canvas ? canvas : root;
+    if (root->window->displayLocation() != iImageBase::eHostMemory)
+        invalidate_dirty(root, start);
+    else
+        flush_dirty(root, start);
+}
+
+TopDownRect moved(const Qv::Box<int>& box, const XY<int>& by)
+{
+    return {box.x1 + by.x, box.y1 + by.y, box.x2 + by.x, box.y2 + by.y};
+}
+
+// Draws the buffers of `canvas` and its heavyweight descendants, oldest first,
+// into `renderer`, whose origin is at window point `origin`.
+void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const XY<int>& origin,
+                     const Qv::Box<int>& window_box)
+{
+    if (!canvas->mapped || !canvas->shape())
+        return;
+    Qv::Box<int> shape_box;
+    canvas->shape()->getBox(shape_box);
+    const bool touches = std::max(shape_box.x1, window_box.x1) < std::min(shape_box.x2, window_box.x2) &&
+                         std::max(shape_box.y1, window_box.y1) < std::min(shape_box.y2, window_box.y2);
+    if (!touches)
+        return;
+    if (!canvas->lightweight && canvas->offscreenBuffer) {
+        // A shaped canvas shows only its shape: its buffer's corners are not on screen.
+        Qv::Ptr<iRegion> clip;
+        if (!canvas->shape()->isRectangular())
+            canvas->shape()->translated(clip, -origin.x, -origin.y);
+        renderer->setClip(clip);
+        ImageDescription image(canvas->offscreenBuffer, XY<int>(shape_box.x1 - origin.x, shape_box.y1 - origin.y),
+                               canvas->useAlphaChannel || canvas->opacity < 1.0);
+        image.opacity = static_cast<float>(canvas->opacity);
+        renderer->drawImages(&image, 1);
+        if (clip)
+            renderer->setClip(nullptr);
+    }
+    for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling)
+        compose_subtree(child, renderer, origin, window_box);
+}
+
+// Copies a heavyweight canvas's buffer into the window over `region`.
+void blit(Canvas* canvas, const RegionPtr& region)
+{
+    if (!canvas->offscreenBuffer || !canvas->window)
+        return;
+    const RegionPtr local = Tela::screenRegionToCanvasRegion(canvas, region, false);
+    if (!local)
+        return;
+    Qv::Box<int> box;
+    local->getBox(box);
+    const XY<int> position = canvas->getPosition();
+
+    if (canvas->isOpaque() && canvas->drawMethod != Canvas::eBuffered) {
+        if (canvas->client)
+            canvas->client->drawUnbuffered(region);
+        return;
+    }
+    Qv::Ptr<iGraphicPrimitivesRenderer> window_renderer;
+    if (!canvas->window->getRenderer(window_renderer, 1) || !window_renderer)
+        return;
+
+    if (canvas->isOpaque()) {
+        window_renderer->setClip(region);
+        if (canvupdTrace != 0) {
+            // Draw debugging: each update flashes green before it lands.
+            const RectDescription flash(moved(box, position), NormalisedRGB(0, 1, 0, 1));
+            window_renderer->drawRects(&flash, 1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        const ImageDescription image(canvas->offscreenBuffer, XY<int>(box.x1 + position.x, box.y1 + position.y),
+                                     TopDownRect{box.x1, box.y1, box.x2, box.y2}, false);
+        window_renderer->drawImages(&image, 1);
+        return;
+    }
+
+    // Translucent: compose what lies beneath in a scratch image first, then
+    // the canvas over it, and copy the result into the window.
+    Qv::Ptr<iImage> scratch;
+    if (!canvas->window->createOffscreenImage(scratch, {box.width(), box.height()}) || !scratch)
+        return;
+    Qv::Ptr<iGraphicPrimitivesRenderer> scratch_renderer;
+    if (!scratch->getRenderer(scratch_renderer, 1) || !scratch_renderer)
+        return;
+    const XY<int> origin(box.x1 + position.x, box.y1 + position.y);
+    tela_compose_window_area(canvas->getRootParent(), scratch_renderer,
+                             Qv::Box<int>{origin.x, origin.y, origin.x + box.width(), origin.y + box.height()}, canvas);
+    // The buffer's own alpha counts only with useAlphaChannel; the opacity is
+    // the description's alpha either way, and the renderer lays the canvas
+    // over what lies beneath by that share.
+    ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), TopDownRect{box.x1, box.y1, box.x2, box.y2},
+                         canvas->useAlphaChannel);
+    own.opacity = static_cast<float>(canvas->opacity);
+    scratch_renderer->drawImages(&own, 1);
+    scratch_renderer = nullptr;
+
+    window_renderer->setClip(region);
+    const ImageDescription result(scratch, origin, false);
+    window_renderer->drawImages(&result, 1);
+}
+
+} // namespace
+
+void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer,
+                              const Qv::Box<int>& area, Canvas* stop)
+{
+    if (!root || !renderer)
+        return;
+    const XY<int> origin(area.x1, area.y1);
+    tela_fill_root_background(root, renderer, TopDownRect{0, 0, area.width(), area.height()}, origin);
+    for (Canvas* child = root->oldestChild; child && child != stop; child = child->youngerSibling)
+        compose_subtree(child, renderer, origin, area);
+}
+
+void tela_display_dirty_regions(Canvas* canvas)
+{
+    const Qv::Vector<RootWindowRec>& rows = tela_state().rootWindows;
+    if (!canvas) {
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            display_dirty_regions(rows[i].rootCanvas, nullptr);
+        return;
+    }
+    Canvas* root = canvas->getRootParent();
+    for (const RootWindowRec& row : rows)
+        if (row.rootCanvas == root)
+            display_dirty_regions(root, canvas);
+}
+
+void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region)
+{
+    if (!canvas || !region)
+        return;
+    if (canvas->isRoot()) {
+        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+        if (!canvas->window || !canvas->window->getRenderer(renderer, 1) || !renderer)
+            return;
+        Qv::Box<int> box;
+        region->getBox(box);
+        renderer->setClip(region);
+        tela_fill_root_background(canvas, renderer, TopDownRect{box.x1, box.y1, box.x2, box.y2});
+        return;
+    }
+    Canvas* draw = canvdraw_canvas(canvas);
+    if (!draw || !draw->shape())
+        return;
+    blit(draw, region);
+}

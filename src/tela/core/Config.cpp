@@ -1,0 +1,113 @@
+#include "tela/core/Config.h"
+
+#include "tela/core/Json.h"
+#include "tela/core/Log.h"
+#include "tela/core/SettingsFile.h"
+
+#include <cmath>
+#include <mutex>
+
+namespace {
+
+struct ConfigurationFile {
+    std::mutex mutex;
+    bool loaded = false;
+    unsigned generation = 0;
+    String directoryOverride;
+    JSON::Value values;
+};
+
+ConfigurationFile& configuration()
+{
+    // Never destroyed: lookups may come from other statics' destructors.
+    alignas(ConfigurationFile) static unsigned char storage[sizeof(ConfigurationFile)];
+    static ConfigurationFile* instance = ::new (storage) ConfigurationFile();
+    return *instance;
+}
+
+String directory_of(const ConfigurationFile& file)
+{
+    return file.directoryOverride.empty() ? Qv::defaultSettingsDirectory() : file.directoryOverride;
+}
+
+// Called with the mutex held.
+void load(ConfigurationFile& file)
+{
+    file.loaded = true;
+    String path = directory_of(file);
+    path += std::string_view("/config.json");
+    // The library never writes this file, so one it could not read needs no guarding.
+    file.values = Qv::loadSettingsObject(path, "Configuration file").values;
+}
+
+// The number stored under `key`, if there is one.
+bool lookup(const char* key, double& out)
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    if (!file.loaded)
+        load(file);
+    const JSON::Element value = JSON::Element(&file.values)[key];
+    if (!value.isNumber())
+        return false;
+    out = value.getDouble();
+    return std::isfinite(out);
+}
+
+} // namespace
+
+int config_int(const char* key, int defaultValue, int minValue, int maxValue)
+{
+    if (minValue > maxValue) {
+        murl_printf("config_int: bounds of %s are the wrong way round\n", key ? key : "(null)");
+        return defaultValue;
+    }
+    double value;
+    if (!lookup(key, value))
+        return defaultValue;
+    // Compare as doubles: converting an out-of-range double to int is undefined.
+    if (value <= minValue)
+        return minValue;
+    if (value >= maxValue)
+        return maxValue;
+    return static_cast<int>(value);
+}
+
+double config_double(const char* key, double defaultValue)
+{
+    double value;
+    return lookup(key, value) ? value : defaultValue;
+}
+
+void Qv::reloadConfigurationFrom(std::string_view directory)
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    file.directoryOverride = String(directory.data(), directory.size());
+    file.loaded = false;
+    ++file.generation;
+}
+
+unsigned Qv::configurationGeneration()
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    return file.generation;
+}
+
+String Qv::configurationDirectory()
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    return directory_of(file);
+}
+
+void Qv::settingsDirectoryMoved()
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    if (!file.directoryOverride.empty() || !file.loaded)
+        return;
+    file.loaded = false;
+    ++file.generation;
+}

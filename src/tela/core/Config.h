@@ -1,0 +1,33 @@
+#pragma once
+// Configuration: integer and real settings with defaults, read from
+// config.json in the settings directory (see SettingsFile.h for where that is
+// and what happens to a file that is not a JSON object). The file is read
+// once, on the first lookup from any thread, under a lock; the library never
+// writes it.
+
+#include <climits>
+#include <string_view>
+
+#include "tela/core/LightweightString.h"
+
+// The number stored under `key`, truncated towards zero, or `defaultValue`
+// when it is missing or not a number. A stored value outside
+// [minValue, maxValue] is clamped into it; the default is returned as given.
+// Bounds the wrong way round are reported and give the default.
+int config_int(const char* key, int defaultValue, int minValue = INT_MIN, int maxValue = INT_MAX);
+// The number stored under `key`, or `defaultValue`.
+double config_double(const char* key, double defaultValue);
+
+namespace Qv {
+// Test hook: forgets what was read, so the next lookup reads
+// `directory`/config.json (an empty directory: the usual place again).
+void reloadConfigurationFrom(std::string_view directory);
+// Where the configuration file is looked for.
+String configurationDirectory();
+// Goes up each time the configuration is read afresh, so that values a module
+// reads once can be read again after a test reloads.
+unsigned configurationGeneration();
+// The default settings directory may have moved (the application's name was
+// given): configuration read from there is read again at the next lookup.
+void settingsDirectoryMoved();
+} // namespace Qv

@@ -1,0 +1,45 @@
+#include "tela/core/NotifyMsgTypeDictionary.h"
+
+#include "tela/core/Memory.h"
+
+#include <mutex>
+#include <string>
+
+namespace {
+
+using Name = std::basic_string<char, std::char_traits<char>, Qv::Allocator<char>>;
+
+// Interned names start far above the small fixed channel numbers the library
+// and applications use directly (10 to 13 and the like).
+constexpr int kFirstInternedId = 1000;
+constexpr int kAllTypesId = -1;
+
+struct Names {
+    std::mutex mutex;
+    Qv::Map<Name, int> ids;
+};
+
+Names& names()
+{
+    alignas(Names) static unsigned char storage[sizeof(Names)];
+    static Names* instance = ::new (storage) Names();
+    return *instance;
+}
+
+} // namespace
+
+int NotifyMsgTypeDictionary::Dictionary::intern(const char* name)
+{
+    Names& table = names();
+    std::lock_guard lock(table.mutex);
+    const Name key(name ? name : "");
+    const auto [entry, inserted] = table.ids.emplace(key, kFirstInternedId + static_cast<int>(table.ids.size()));
+    (void)inserted;
+    return entry->second;
+}
+
+NotifyMsgTypeDictionary::Dictionary& NotifyMsgTypeDictionary::instance()
+{
+    static Dictionary dictionary{kAllTypesId};
+    return dictionary;
+}

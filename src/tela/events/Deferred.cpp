@@ -1,0 +1,105 @@
+#include "tela/events/Deferred.h"
+
+#include "tela/core/Threads.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventQueue.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iFileSystemService.h"
+#include "tela/platform/iShellService.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::uint32_t kDeferredType = 0x4001;
+
+// The event that carries a wrapper: the queue holds the only counted
+// reference, so the wrapper dies with the event, delivered or not.
+void send_wrapper(const Qv::Ptr<FunctionWrapper>& wrapper, Canvas* canvas, const String& id, bool checkTarget)
+{
+    Event event;
+    event.type = kDeferredType;
+    event.handler = wrapper.get();
+    event.canvas = canvas;
+    event.data(wrapper);
+    event.message(id);
+    event_send(&event, checkTarget);
+}
+
+std::function<void()> running(Qv::Ptr<iExecutableAction> action)
+{
+    return [action = std::move(action)] { action->execute(); };
+}
+
+} // namespace
+
+EventHandler::eResult FunctionWrapper::handleEvent(const Event&)
+{
+    m_function();
+    return eHandled;
+}
+
+void defer(const std::function<void()>& function, Canvas* canvas)
+{
+    send_wrapper(Qv::make<FunctionWrapper>(function), canvas, String(), false);
+}
+
+void defer(Qv::Ptr<iExecutableAction> action, Canvas* canvas)
+{
+    if (action)
+        defer(running(std::move(action)), canvas);
+}
+
+void deferUnique(const std::function<void()>& function, const String& id, Canvas* canvas)
+{
+    const Qv::Ptr<FunctionWrapper> wrapper = Qv::make<FunctionWrapper>(function);
+    // The pending event keeps its place but loses its wrapper, whose death
+    // flushes what is queued for it: that very event. Neither runs.
+    if (event_replace_queued_data(kDeferredType, id, canvas, wrapper))
+        return;
+    send_wrapper(wrapper, canvas, id, true);
+}
+
+void executeInMainThread(const std::function<void()>& function)
+{
+    if (isMainThread())
+        function();
+    else
+        defer(function, nullptr);
+}
+
+void executeInMainThread(Qv::Ptr<iExecutableAction> action)
+{
+    if (action)
+        executeInMainThread(running(std::move(action)));
+}
+
+void Tela::DocumentViewAction::execute()
+{
+    OS()->shell()->viewDocument(m_path);
+}
+
+void Tela::FileRevealAction::execute()
+{
+    for (const WString& path : m_paths)
+        OS()->shell()->revealFile(path);
+}
+
+void Tela::viewDocument(const WString& path)
+{
+    if (!path.empty())
+        defer(Qv::make<DocumentViewAction>(path));
+}
+
+void Tela::revealFiles(const Qv::Vector<WString>& paths)
+{
+    Qv::Vector<WString> files;
+    for (const WString& path : paths)
+        if (!OS()->fileSystem()->isDirectory(path))
+            files.push_back(path);
+    // In order, once each: the browser shows the set, not the request.
+    std::sort(files.begin(), files.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    if (!files.empty())
+        defer(Qv::make<FileRevealAction>(std::move(files)));
+}

@@ -1,0 +1,88 @@
+#include "tela/events/EventHandler.h"
+
+#include "tela/events/Event.h"
+#include "tela/events/EventQueue.h"
+
+#include <cstdint>
+#include <new>
+
+EventHandler::EventHandler() : m_uniqueID(IdStamp::fresh())
+{
+    Registry& registry = instances();
+    CriticalSection::Guard guard(registry.lock);
+    registry.members.insert(this);
+}
+
+// The counted bases are copied too: InternalRefCount makes a copy start
+// uncounted, so the copy is a new object with the old identity.
+EventHandler::EventHandler(const EventHandler& other)
+    : Qv::InternalRefCount(other), iVirtual(other), iObject(other), FilterStackable<Event>(other),
+      m_uniqueID(other.getUniqueID())
+{
+}
+
+EventHandler& EventHandler::operator=(const EventHandler& other)
+{
+    if (this != &other)
+        setUniqueID(other.getUniqueID());
+    return *this;
+}
+
+EventHandler::~EventHandler()
+{
+    // Cancel what is queued for us before leaving, so that no sender sees us
+    // live with events that will never be delivered. A checked send from
+    // another thread may still find us registered between that flush and the
+    // erase below; since it looks at the registry inside the queue lock, the
+    // second flush, which needs that lock, comes after it and catches its event.
+    event_flush(this, 0, false);
+    {
+        Registry& registry = instances();
+        CriticalSection::Guard guard(registry.lock);
+        registry.members.erase(this); // an unregistered copy is simply not found
+    }
+    event_flush(this, 0, false);
+}
+
+int EventHandler::fsFilterThis(const Event& event, void* context)
+{
+    // The context word is a type mask, never dereferenced. Any common bit is
+    // enough: a filter for 0x200 also sees every type that carries 0x200.
+    const auto mask = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(context));
+    if ((mask & event.type) == 0)
+        return 0;
+    return intercept(event);
+}
+
+IdStamp EventHandler::getUniqueID() const
+{
+    CriticalSection::Guard guard(instances().lock);
+    return m_uniqueID;
+}
+
+void EventHandler::setUniqueID(const IdStamp& stamp)
+{
+    CriticalSection::Guard guard(instances().lock);
+    m_uniqueID = stamp;
+}
+
+bool EventHandler::valid(EventHandler* handler, IdStamp stamp)
+{
+    if (!handler)
+        return false;
+    Registry& registry = instances();
+    CriticalSection::Guard guard(registry.lock);
+    if (!registry.members.contains(handler))
+        return false;
+    // Registered means its destructor has not yet left the registry, so the
+    // stamp is still there to read.
+    return !stamp.valid() || handler->m_uniqueID == stamp;
+}
+
+EventHandler::Registry& EventHandler::instances()
+{
+    // Never destroyed: handlers owned by statics may still leave it at exit.
+    alignas(Registry) static unsigned char storage[sizeof(Registry)];
+    static Registry* const registry = ::new (storage) Registry();
+    return *registry;
+}

@@ -1,0 +1,33 @@
+#include "tela/events/FilterStack.h"
+
+#include "tela/events/Event.h"
+
+#include <new>
+
+FilterStack<Event>& getEventInterceptStack(EventInterceptStackPriority priority)
+{
+    // Never destroyed: filters may still leave them during static shut-down.
+    alignas(FilterStack<Event>) static unsigned char first_storage[sizeof(FilterStack<Event>)];
+    alignas(FilterStack<Event>) static unsigned char normal_storage[sizeof(FilterStack<Event>)];
+    static FilterStack<Event>* const first = ::new (first_storage) FilterStack<Event>();
+    static FilterStack<Event>* const normal = ::new (normal_storage) FilterStack<Event>();
+    return priority == eInterceptFirst ? *first : *normal;
+}
+
+int event_run_intercept_stacks(Event& event)
+{
+    // Each stack gets its own copy, made after the mark is set and destroyed
+    // straight after its run, so a filter that edits its event edits nobody's.
+    event.intercepting = true;
+    int result = 0;
+    {
+        Event copy(event); // not const: a filter may write to its own copy
+        result = getEventInterceptStack(eInterceptFirst).run(copy);
+    }
+    if (result == 0) {
+        Event copy(event); // not const: a filter may write to its own copy
+        result = getEventInterceptStack(eInterceptNormal).run(copy);
+    }
+    event.intercepting = false;
+    return result;
+}

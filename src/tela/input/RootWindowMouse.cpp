@@ -1,0 +1,208 @@
+// Mouse reports into queue events: the capture during a press, click
+// counting (a further left press within 400 ms and 3 pixels on the same
+// canvas is a double, then a triple click), the chord of left and right,
+// the distance dragged since the last press, and the cursor.
+#include "tela/input/RootWindowEventHandler.h"
+
+#include "tela/state/TelaState.h"
+#include "tela/canvas/Coordinates.h"
+#include "tela/canvas/Picking.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/core/WrappedData.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventQueue.h"
+#include "tela/input/Cursors.h"
+#include "tela/canvas/MouseContainmentManager.h"
+#include "tela/input/MouseState.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+constexpr std::uint32_t kDoubleClickMs = 400;
+constexpr std::uint32_t kClickDistance = 3;
+
+constexpr std::uint32_t kLeft = 0x20, kRight = 0x40, kMiddle = 0x80;
+constexpr std::uint32_t kDoubleClick = 0x8000, kTripleClick = 0x2000;
+
+// What makes a press a further click: the previous left press, when and
+// on which canvas it was, and how many quick ones came before.
+struct ClickCounter {
+    std::uint32_t lastClickTime = 0;
+    Canvas* lastClickCanvas = nullptr;
+    std::uint32_t clickCount = 0;
+};
+ClickCounter s_clicks;
+
+// Whole pixels, rounded down; unsigned so that absurd positions wrap
+// rather than overflow.
+std::uint32_t distance(const XY<int>& a, const XY<int>& b)
+{
+    const auto dx = static_cast<std::uint32_t>(a.x - b.x);
+    const auto dy = static_cast<std::uint32_t>(a.y - b.y);
+    return static_cast<std::uint32_t>(std::pow(static_cast<double>(dx * dx + dy * dy), 0.5));
+}
+
+} // namespace
+
+void RootWindowEventHandler::sendMouseEvent(std::uint32_t type, std::uint32_t time, std::int32_t wheelDelta)
+{
+    TelaState& state = tela_state();
+    // A plain wheel goes where the pointer is; everything else to the holder
+    // of the mouse, so a move without a capture never becomes an event.
+    Canvas* const target = type == 0x106 ? state.currentMouseCanvas : state.captureCanvas;
+    if (!target)
+        return;
+    Event ev(type);
+    ev.canvas = target;
+    ev.wheelDelta = wheelDelta;
+    ev.keyCode(Event::getKeyboardModifiers());
+    ev.time = time;
+    ev.partOfChord = state.chordActive;
+    ev.mouseButtons = state.clickState;
+    ev.screenPos(tela_getMousePos());
+    ev.screenDownPos(m_downPos);
+    ev.distance(m_dragDistance);
+    event_send(&ev, false);
+}
+
+void RootWindowEventHandler::publishMouseState(const MouseEvent& libraryEvent)
+{
+    TelaState& state = tela_state();
+    state.lastMouseEvent = libraryEvent;
+    state.issueNotification(NotifyMsg(String(), state.mouseStateChangeType,
+                                      Qv::make<WrappedData<MouseEvent>>(libraryEvent)),
+                            state.mouseStateChangeType);
+}
+
+iEventHandler::eRC RootWindowEventHandler::handleEvent(const MouseEvent& m)
+{
+    TelaState& state = tela_state();
+    if (RootCanvas* const root = getRootCanvas()) {
+        MouseEvent local = m;
+        local.pos.y = telaScreenYTowin32ScreenY(root, m.pos.y);
+        m_lastPos = tela_getMousePos();
+        publishMouseState(local);
+        state.currentMouseCanvas = state.captureCanvas ? state.captureCanvas : canvas_pick(root, local.pos);
+        if (tela_isMouseContextLogicEnabled())
+            Tela::MouseContainmentManager::instance().setCurrentCanvas(state.currentMouseCanvas);
+        if (state.currentMouseCanvas && state.currentMouseCanvas->parent)
+            handleMouseOverCanvas(local, distance(m_downPos, local.pos));
+        else
+            handleMouseOverNothing(local);
+    }
+    // The last up of a chord is still sent as part of it.
+    if (state.clickState == 0)
+        state.chordActive = false;
+    return eNotHandled;
+}
+
+void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uint32_t distanceFromDown)
+{
+    TelaState& state = tela_state();
+    const auto press = [&](std::uint32_t button) {
+        m_downPos = m.pos;
+        m_dragDistance = XY<int>(0, 0);
+        state.captureCanvas = state.currentMouseCanvas;
+        state.clickState |= button;
+    };
+    const auto chord = [&] {
+        state.clickState = kLeft | kRight;
+        sendMouseEvent(0x105, m.time, 0);
+        state.chordActive = true;
+    };
+    const auto release = [&](std::uint32_t type, std::uint32_t clear) {
+        state.clickState &= ~clear;
+        sendMouseEvent(type, m.time, 0);
+        if (state.clickState == 0)
+            state.captureCanvas = nullptr;
+    };
+
+    switch (m.action) {
+    case MouseEvent::eLeftDown: {
+        if (m.heldButtons & MouseEvent::eHeldRight) {
+            chord();
+            break;
+        }
+        const bool isRepeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
+                              m.time - s_clicks.lastClickTime < kDoubleClickMs && distanceFromDown < kClickDistance;
+        press(kLeft);
+        std::uint32_t type = 0x122;
+        if (isRepeat) {
+            ++s_clicks.clickCount;
+            if (s_clicks.clickCount == 1) {
+                state.clickState |= kDoubleClick;
+                type = 0x8122;
+            } else if (s_clicks.clickCount == 2) {
+                state.clickState |= kTripleClick;
+                type = 0x2122;
+            } else {
+                s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
+            }
+        } else {
+            s_clicks.clickCount = 0;
+        }
+        sendMouseEvent(type, m.time, 0);
+        s_clicks.lastClickTime = m.time;
+        s_clicks.lastClickCanvas = state.currentMouseCanvas;
+        break;
+    }
+    case MouseEvent::eRightDown:
+        if (m.heldButtons & MouseEvent::eHeldLeft) {
+            chord();
+            break;
+        }
+        press(kRight);
+        sendMouseEvent(0x142, m.time, 0);
+        break;
+    case MouseEvent::eMiddleDown:
+        press(kMiddle);
+        sendMouseEvent(0x182, m.time, 0);
+        break;
+    case MouseEvent::eLeftUp: {
+        std::uint32_t type = 0x121;
+        // An up that has moved away from the press is a plain one.
+        if (distanceFromDown < kClickDistance) {
+            if (state.clickState & kDoubleClick)
+                type = 0x8121;
+            else if (state.clickState & kTripleClick)
+                type = 0x2121;
+        }
+        release(type, kLeft | kDoubleClick | kTripleClick);
+        break;
+    }
+    case MouseEvent::eRightUp: release(0x141, kRight); break;
+    case MouseEvent::eMiddleUp: release(0x181, kMiddle); break;
+    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    case MouseEvent::eMove:
+        if (m.pos == m_lastPos)
+            break;
+        if (m.heldButtons & 7) {
+            m_dragDistance.x += std::abs(m.pos.x - m_lastPos.x);
+            m_dragDistance.y += std::abs(m.pos.y - m_lastPos.y);
+            sendMouseEvent(state.clickState | 0x104, m.time, 0);
+        }
+        tela_updateMouseCursor();
+        break;
+    default:
+        break;
+    }
+}
+
+void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
+{
+    TelaState& state = tela_state();
+    const auto release = [&](std::uint32_t clear) {
+        state.clickState &= ~clear;
+        if (state.clickState == 0)
+            state.captureCanvas = nullptr;
+    };
+    switch (m.action) {
+    case MouseEvent::eLeftUp: release(kLeft); break;
+    case MouseEvent::eRightUp: release(kRight); break;
+    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    default: break;
+    }
+    tela_updateMouseCursor();
+}

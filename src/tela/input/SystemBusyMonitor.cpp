@@ -1,0 +1,107 @@
+#include "tela/input/SystemBusyMonitor.h"
+
+#include "tela/core/Log.h"
+#include "tela/core/Memory.h"
+#include "tela/core/Shutdown.h"
+#include "tela/core/SystemWatchdog.h"
+#include "tela/input/Cursors.h"
+#include "tela/platform/OS.h"
+
+#include <memory>
+#include <mutex>
+
+namespace {
+
+constexpr int kDefaultTimeoutMs = 500;
+constexpr int kShutdownPriority = 100;
+
+// The instance and the lock that guards the pointer to it: any thread may
+// beat the heart while the main thread starts or stops the monitor.
+std::mutex s_mutex;
+std::unique_ptr<SystemBusyMonitor> s_monitor;
+
+} // namespace
+
+SystemBusyMonitor::SystemBusyMonitor()
+{
+    // The heartbeat resets itself as the monitor takes it; the stop stays set.
+    OS()->threading()->createEvent(m_heartbeatEvent, false, true, WString());
+    OS()->threading()->createEvent(m_stopEvent, true, false, WString());
+}
+
+bool SystemBusyMonitor::start(int timeoutMs)
+{
+    static std::once_flag registered;
+    std::call_once(registered, [] {
+        Shutdown::addCallback([](Shutdown::eExitType) { SystemBusyMonitor::stop(); }, kShutdownPriority);
+    });
+    std::lock_guard lock(s_mutex);
+    // Made anew after a stop.
+    if (!s_monitor)
+        s_monitor = std::make_unique<SystemBusyMonitor>();
+    SystemBusyMonitor* monitor = s_monitor.get();
+    if (monitor->m_thread)
+        return false;
+    monitor->m_timeoutMs = timeoutMs < 1 ? kDefaultTimeoutMs : timeoutMs;
+    iThreadingService::ThreadStartArgs args;
+    args.procedure = &SystemBusyMonitor::watch;
+    args.argument = monitor;
+    args.name = WString(u"SystemBusyMonitor");
+    OS()->threading()->createThread(monitor->m_thread, args);
+    return static_cast<bool>(monitor->m_thread);
+}
+
+bool SystemBusyMonitor::stop()
+{
+    std::unique_ptr<SystemBusyMonitor> monitor;
+    {
+        std::lock_guard lock(s_mutex);
+        monitor = std::move(s_monitor);
+    }
+    if (!monitor)
+        return false;
+    const bool was_running = static_cast<bool>(monitor->m_thread);
+    if (monitor->m_stopEvent)
+        monitor->m_stopEvent->set();
+    if (monitor->m_thread)
+        monitor->m_thread->join();
+    return was_running;
+}
+
+bool SystemBusyMonitor::heartbeat()
+{
+    // The watchdog hears every beat, also while no monitor runs.
+    SystemWatchdog::heartbeat();
+    std::lock_guard lock(s_mutex);
+    if (!s_monitor || !s_monitor->m_thread || !s_monitor->m_heartbeatEvent)
+        return false;
+    s_monitor->m_heartbeatEvent->set();
+    return true;
+}
+
+iThread::eExecRC SystemBusyMonitor::watch(void* argument)
+{
+    auto* monitor = static_cast<SystemBusyMonitor*>(argument);
+    Qv::Vector<Qv::Ptr<iWaitableEvent>> events;
+    events.push_back(monitor->m_heartbeatEvent);
+    events.push_back(monitor->m_stopEvent);
+    bool busy = false;
+    for (;;) {
+        std::size_t index = 0;
+        const auto status = OS()->threading()->waitForEvents(index, events, false,
+                                                             static_cast<std::uint32_t>(monitor->m_timeoutMs));
+        if (status == iThreadingService::eTimedOut) {
+            busy = true;
+            tela_setCursor(kBusyCursor);
+        } else if (status == iThreadingService::eSignalled && index == 0) {
+            if (busy)
+                Tela::updateMouseCursor(false); // the main thread puts the right one back
+            busy = false;
+        } else if (status == iThreadingService::eSignalled && index == 1) {
+            return iThread::eOK;
+        } else if (status != iThreadingService::eSignalled) {
+            murl_printf("SystemBusyMonitor: Dirty exit!\n");
+            return iThread::eFailed;
+        }
+    }
+}

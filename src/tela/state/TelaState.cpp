@@ -1,0 +1,61 @@
+#include "tela/state/TelaState.h"
+
+#include "tela/canvas/Canvas.h"
+#include "tela/core/NotifyMsgTypeDictionary.h"
+#include "tela/platform/FxResources.h"
+
+TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
+{
+}
+
+TelaState& tela_state()
+{
+    // Built on first use, guarded by the language; lives until the process ends.
+    static TelaState s_state;
+    return s_state;
+}
+
+Canvas* tela_rootcanvas()
+{
+    const TelaState& state = tela_state();
+    return state.rootWindows.empty() ? nullptr : state.rootWindows.front().rootCanvas;
+}
+
+RootWindowRec* tela_root_row(Canvas* canvas)
+{
+    if (!canvas)
+        return nullptr;
+    Canvas* root = canvas->getRootParent();
+    for (RootWindowRec& row : tela_state().rootWindows)
+        if (row.rootCanvas == root)
+            return &row;
+    return nullptr;
+}
+
+Qv::Ptr<iShaderEffect> tela_shader(int number)
+{
+    static const char* const kNames[6] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC", "RoundedRectangle", "Ellipse"};
+    if (number < 0 || number >= 6)
+        return nullptr;
+    Qv::Ptr<iShaderEffect>& shader = tela_state().shaders[number];
+    if (!shader)
+        shader = Qv::FxResources::Manager::instance().findShader(String(kNames[number]));
+    return shader;
+}
+
+Notifier& tela_getNotifier()
+{
+    return tela_state();
+}
+
+Qv::Ptr<Qv::Guard> Tela::addListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback,
+                                     eNotificationEventType type)
+{
+    const int channel = type == eAllNotifications ? NotifyMsgTypeDictionary::instance().allTypesId : type;
+    return tela_getNotifier().registerNotification(callback, channel);
+}
+
+Qv::Ptr<Qv::Guard> Tela::addMouseListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback)
+{
+    return tela_getNotifier().registerNotification(callback, tela_state().mouseStateChangeType);
+}

@@ -1,0 +1,88 @@
+#pragma once
+// TelaState: the library state that has no better owner, and the library's
+// notifier. There is exactly one, built on first use and kept until the
+// process ends; its contents belong to the main thread, except what the
+// notifier guards for itself.
+//
+// Notification channels: 11 root texture changed, 12 focus change of the
+// root window, 13 size or state change, and mouseStateChangeType for every
+// mouse move or button change.
+
+#include "tela/core/NormalisedRGB.h"
+#include "tela/core/Callback.h"
+#include "tela/core/CriticalSection.h"
+#include "tela/core/Guard.h"
+#include "tela/core/Memory.h"
+#include "tela/core/Notifier.h"
+#include "tela/core/Ptr.h"
+#include "tela/platform/OSEvents.h"
+#include "tela/platform/iEventHandler.h"
+#include "tela/platform/iRootWindow.h"
+#include "tela/platform/iShaderEffect.h"
+#include "tela/platform/iWallpaperProvider.h"
+#include "tela/platform/iWindowingService.h"
+
+#include <cstdint>
+
+class Canvas;
+
+// One row per root window; the first row's canvas is the library's root.
+struct RootWindowRec {
+    explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {},
+                           const NormalisedRGB& colour = NormalisedRGB())
+        : eventHandler(std::move(handler)), rootColour(colour), rootCanvas(root) {}
+
+    Qv::Ptr<iEventHandler> eventHandler;
+    Qv::Ptr<iWallpaperProvider> wallpaperProvider; // may be null
+    NormalisedRGB rootColour;                      // the background where no canvas covers it
+    Qv::Ptr<iImage> wallpaperImage;                // the provider's image at the window's size
+    Canvas* rootCanvas = nullptr;
+};
+
+class TelaState : public Notifier {
+public:
+    TelaState();
+
+    Canvas* captureCanvas = nullptr;      // the canvas holding the mouse
+    std::uint32_t clickState = 0;
+    bool chordActive = false;             // from a chord until every button is up
+    bool rootTextureChangeEnabled = false;
+    Qv::Ptr<iPeriodicTimer> tickTimer;
+    Qv::List<Qv::Ptr<iObject>> deferredReleases;
+    Canvas* currentMouseCanvas = nullptr; // under the pointer, or the capture
+    MouseEvent lastMouseEvent;
+    std::int32_t mouseStateChangeType; // the id of "MouseStateChange"
+    Qv::Vector<RootWindowRec> rootWindows;
+    std::int32_t mouseContextDisableCount = 0;
+    Qv::Ptr<iShaderEffect> shaders[6]; // found on first use, see tela_shader
+    // Cursors by number, each made once. Guarded by cursorLock: the busy
+    // monitor sets its cursor from its own thread.
+    Qv::Map<std::int32_t, Qv::Ptr<iCursor>> cursorCache;
+    CriticalSection cursorLock;
+};
+
+TelaState& tela_state();
+
+// The first root canvas, null when there is none.
+Canvas* tela_rootcanvas();
+// The row of the root canvas of `canvas`; null when it has none.
+RootWindowRec* tela_root_row(Canvas* canvas);
+
+Notifier& tela_getNotifier();
+
+// The six pixel programs, by number: 0 "InFront", 1 "ShadowLR", 2 "ShadowTB",
+// 3 "ShadowC", 4 "RoundedRectangle", 5 "Ellipse". Each is looked up once.
+Qv::Ptr<iShaderEffect> tela_shader(int number);
+
+namespace Tela {
+
+// Channel numbers are the application's to define, apart from the ones above;
+// 10 means every channel.
+using eNotificationEventType = int;
+constexpr eNotificationEventType eAllNotifications = 10;
+
+// The listener hears the channel until the guard is released.
+Qv::Ptr<Qv::Guard> addListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback, eNotificationEventType type);
+Qv::Ptr<Qv::Guard> addMouseListener(const Qv::Ptr<iCallbackBase<int, NotifyMsg>>& callback);
+
+} // namespace Tela

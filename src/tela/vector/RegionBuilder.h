@@ -1,0 +1,42 @@
+#pragma once
+// Tela::RegionBuilder: collects rectangles into the banded form regions are
+// made of, merging equal columns vertically and splitting a band when a
+// rectangle to its right starts inside it. Rectangles must arrive row by row
+// from the top, left to right within a row (y downward).
+
+#include "tela/core/Ptr.h"
+#include "tela/platform/Geometry.h"
+#include "tela/platform/iRegion.h"
+
+#include <cstddef>
+
+namespace Tela {
+
+class RegionBuilder {
+public:
+    explicit RegionBuilder(std::size_t reserve = 0);
+    RegionBuilder(const RegionBuilder& other); // allocates exactly the source's size
+    RegionBuilder(RegionBuilder&& other) noexcept;
+    RegionBuilder& operator=(const RegionBuilder& other);
+    RegionBuilder& operator=(RegionBuilder&& other) noexcept;
+    ~RegionBuilder();
+
+    void appendRect(const Qv::Rectangle<int>& rect);
+    void appendRect(int left, int top, int right, int bottom) { appendRect({left, top, right, bottom}); }
+
+    // A region of what has been collected; the builder stays usable.
+    Qv::Ptr<iRegion> create() const;
+
+    std::size_t size() const { return m_size; }
+    const Qv::Rectangle<int>& operator[](std::size_t index) const { return m_rects[index]; }
+
+private:
+    void reserve(std::size_t capacity);
+    void push(const Qv::Rectangle<int>& rect);
+
+    Qv::Rectangle<int>* m_rects = nullptr; // from the memory seam
+    std::size_t m_size = 0;
+    std::size_t m_capacity = 0;
+};
+
+} // namespace Tela
