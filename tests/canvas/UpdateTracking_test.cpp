@@ -182,6 +182,84 @@ TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
     }
 }
 
+// The see-through pass of a mark: the translucent younger siblings of the
+// marked canvas's top-level ancestor (every translucent child, for the root)
+// are marked too, oldest first. Marks on random trees of families big enough
+// to be indexed must leave the same damage and print the same trace as that
+// walk, while translucency is set by hand between marks and shapes and
+// stacking change between rounds.
+TEST_F(WindowFixture, see_through_marks_are_those_of_walking_every_younger_top_level_sibling)
+{
+    const auto walk = [](Canvas* c, const RegionPtr& region) {
+        canvupd_mark_region_exact(c, region, true, false);
+        Canvas* top = c;
+        while (top->parent && top->parent->parent)
+            top = top->parent;
+        for (Canvas* s = c->isRoot() ? c->oldestChild : top->youngerSibling; s; s = s->youngerSibling)
+            if (!s->isOpaque())
+                canvupd_mark_region_exact(s, region, true, false);
+    };
+    std::vector<Canvas*> canvases;
+    // Every canvas's damage, then clean again; with the trace printed meanwhile.
+    const auto damage_of = [&](auto&& marks) {
+        testing::internal::CaptureStdout();
+        canvupdTrace = 1;
+        marks();
+        canvupdTrace = 0;
+        std::vector<std::vector<std::array<int, 4>>> damage;
+        for (Canvas* c : canvases) {
+            damage.emplace_back();
+            if (c->updateRegion()) {
+                Qv::Vector<TopDownRect> rects;
+                c->updateRegion()->getRects(rects);
+                for (const TopDownRect& t : rects)
+                    damage.back().push_back({t.left, t.top, t.right, t.bottom});
+            }
+            canvupd_mark_clean(c);
+        }
+        return std::make_pair(testing::internal::GetCapturedStdout(), damage);
+    };
+    std::mt19937 random(7);
+    const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<std::uint32_t>(n)); };
+    const auto place = [&](Canvas* c) {
+        const int left = below(190), top = below(90);
+        c->shape(below(10) == 0 ? nullptr : rect(left, top, left + 3 + below(60), top + 3 + below(40)));
+    };
+    canvases.push_back(root);
+    for (int i = 0; i < 70; ++i) {
+        Canvas* parent = below(4) == 0 ? canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))] : root;
+        Canvas* c = tela_newcanvas(nullptr, parent);
+        place(c);
+        canvases.push_back(c);
+    }
+    Tela::UpdateDeferrer deferrer(nullptr, false);
+    for (int round = 0; round < 12; ++round) {
+        SCOPED_TRACE(round);
+        for (int i = 0; i < 60; ++i) {
+            Canvas* c = canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))];
+            // Set straight into the fields, as a client may: nothing is told.
+            canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))]->useAlphaChannel = below(4) == 0;
+            canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))]->opacity = below(4) == 0 ? 0.5 : 1.0;
+            const int left = below(200), top = below(100);
+            const RegionPtr region = below(8) == 0 ? rect(0, 0, 200, 100) : rect(left, top, left + 1 + below(50), top + 1 + below(40));
+            const auto indexed = damage_of([&] { canvupd_mark_region_exact(c, region, true, true); });
+            const auto walked = damage_of([&] { walk(c, region); });
+            ASSERT_EQ(indexed.first, walked.first);
+            ASSERT_EQ(indexed.second, walked.second);
+        }
+        // Move, restack and reshape some of the family between rounds.
+        for (int i = 0; i < 5; ++i) {
+            Canvas* c = canvases[1 + static_cast<std::size_t>(below(static_cast<int>(canvases.size()) - 1))];
+            switch (below(3)) {
+            case 0: place(c); break;
+            case 1: canvas_set_level(c, below(80)); break;
+            default: c->translate(static_cast<short>(below(21) - 10), static_cast<short>(below(21) - 10)); break;
+            }
+        }
+        damage_of([] {}); // what the restacking marked
+    }
+}
+
 TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show_at_once)
 {
     Canvas* shapeless = tela_newcanvas(nullptr, root);

@@ -11,6 +11,7 @@
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
+#include "tela/canvas/UpdateTracking.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -48,6 +49,7 @@ Canvas& Canvas::operator=(const Canvas& other)
 {
     if (this == &other)
         return *this;
+    canvupd_tree_changed();
     parent = other.parent;
     youngestChild = other.youngestChild;
     oldestChild = other.oldestChild;
@@ -86,10 +88,12 @@ Canvas::~Canvas()
     // Nothing may be reported for a canvas that is going away.
     renderer.clear();
     --s_live_canvases;
+    canvupd_tree_changed();
 }
 
 void Canvas::init()
 {
+    canvupd_tree_changed();
     parent = youngestChild = oldestChild = youngerSibling = olderSibling = nullptr;
     childCount = 0;
     id = ++s_next_serial;
@@ -169,6 +173,8 @@ bool Canvas::isOpaqueAt(const XY<int>& position) const
 
 void Canvas::shape(const Qv::Ptr<iRegion>& region)
 {
+    // Counted even for the same region: a caller may have moved it in place.
+    canvupd_tree_changed();
     if (region.get() != m_shape.get())
         m_shape = region;
 }
@@ -259,6 +265,7 @@ void Canvas::translateWithin(short dx, short dy, int& budget)
         std::memcpy(inverseMatrix, inverse, sizeof inverse);
     if (m_shape) {
         m_shape->translateInPlace(dx, -dy);
+        canvupd_tree_changed();
         osRenderer = nullptr;
         renderer.clear();
     }

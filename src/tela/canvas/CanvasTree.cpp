@@ -69,6 +69,7 @@ void canvas_connect(Canvas* child, Canvas* parent, int level)
         parent->oldestChild = child;
     child->parent = parent;
     ++parent->childCount;
+    canvupd_tree_changed();
 
     if (was_mapped)
         tela_mapcanvas(child);
@@ -98,6 +99,7 @@ void canvas_disconnect(Canvas* canvas)
     canvas->parent = nullptr;
     canvas->youngerSibling = nullptr;
     canvas->olderSibling = nullptr;
+    canvupd_tree_changed();
 }
 
 void canvas_set_level(Canvas* canvas, int level)

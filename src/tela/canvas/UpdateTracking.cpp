@@ -10,8 +10,10 @@
 #include "tela/core/Threads.h"
 #include "tela/vector/Regions.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <utility>
 
 int canvupdTrace = 0;
 
@@ -58,23 +60,303 @@ bool mark(Canvas* c, const RegionPtr& region)
     return true;
 }
 
+// Stacking and shapes change only through the library: connecting,
+// disconnecting, Canvas::shape, Canvas::translate, and making, copying or
+// ending a canvas. Each counts here, so what is worked out from them can tell
+// whether it still holds.
+std::atomic<std::uint32_t> s_tree_generation{0};
+
+std::uint32_t tree_generation()
+{
+    return s_tree_generation.load(std::memory_order_relaxed);
+}
+
+// Marks every translucent canvas from `from` to the top of its family; how
+// many were looked at.
+long mark_see_through_from(Canvas* from, const RegionPtr& region)
+{
+    long looked_at = 0;
+    for (Canvas* sibling = from; sibling; sibling = sibling->youngerSibling, ++looked_at)
+        if (!sibling->isOpaque())
+            mark(sibling, region);
+    return looked_at;
+}
+
+bool boxes_meet(const Qv::Box<int>& a, const Qv::Box<int>& b)
+{
+    return std::max(a.x1, b.x1) < std::min(a.x2, b.x2) && std::max(a.y1, b.y1) < std::min(a.y2, b.y2);
+}
+
+// Where the children of one root lie, so that the see-through pass of a mark
+// looks only at the younger siblings whose boxes meet the damage. A mark on a
+// canvas whose box misses the damage records nothing and prints nothing, so
+// skipping those changes nothing; walking them all made a pass over n
+// overlapping siblings cost n squared.
+//
+// Only stacking and shape boxes are kept. Translucency is read from each
+// canvas as it is reached: useAlphaChannel and opacity are public, and a
+// client that sets them directly is seen at the next mark. The index is made
+// for one tree generation (above) and made again after any change. The root's
+// child count and end links are compared too, a cheap guard against links
+// written by hand; a canvas the index does not know takes the plain walk. A
+// canvas that ends counts as a change, so no index outlives one of its
+// canvases. The index is made only once plain walks since the last
+// change have looked at twice as many siblings as the family has, so a tree
+// that changes between every two marks costs what the plain walk costs.
+// Main thread only.
+class SeeThroughIndex {
+public:
+    void markYounger(Canvas* root, Canvas* from, const RegionPtr& region)
+    {
+        // Small families, and a mark made from inside another one's marking,
+        // take the plain walk.
+        if (!from || root->childCount < kIndexedFamily || m_busy) {
+            mark_see_through_from(from, region);
+            return;
+        }
+        const std::uint32_t generation = tree_generation();
+        if (m_root != root || m_generation != generation ||
+            (m_built && (m_count != root->childCount || m_oldest != root->oldestChild ||
+                         m_youngest != root->youngestChild))) {
+            m_root = root;
+            m_generation = generation;
+            m_built = false;
+            m_walked = 0;
+        }
+        if (!m_built) {
+            if (m_walked < 2L * root->childCount) {
+                m_walked += mark_see_through_from(from, region) + 1;
+                return;
+            }
+            build(root);
+        }
+        const int first = position(from);
+        if (first < 0) { // not one of the family as it was indexed
+            mark_see_through_from(from, region);
+            return;
+        }
+        Qv::Box<int> damage;
+        region->getBox(damage);
+        find(first, damage);
+        // Marking paints nothing but translucent canvases, which calls no
+        // client, so what was translucent a moment ago in find() still is;
+        // each is asked again all the same before it is marked.
+        Canvas* changed_after = nullptr;
+        {
+            const Busy busy(m_busy);
+            for (const int at : m_found) {
+                Canvas* const sibling = m_entries[static_cast<std::size_t>(at)].canvas;
+                if (sibling->isOpaque())
+                    continue;
+                mark(sibling, region);
+                if (tree_generation() != m_generation) {
+                    changed_after = sibling;
+                    break;
+                }
+            }
+        }
+        // Painting a mark changed the tree: go on as the plain walk would.
+        if (changed_after)
+            mark_see_through_from(changed_after->youngerSibling, region);
+    }
+
+private:
+    static constexpr int kIndexedFamily = 32;
+    static constexpr int kMaxCellsPerSide = 256;
+
+    struct Busy {
+        explicit Busy(bool& flag) : m_flag(flag) { m_flag = true; }
+        ~Busy() { m_flag = false; }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+        bool& m_flag;
+    };
+
+    struct Entry {
+        Canvas* canvas;
+        Qv::Box<int> box; // empty without a shape
+    };
+
+    // One box in one cell, with the first cell of its run, so that a box in
+    // several cells of the damage is taken once.
+    struct Placed {
+        Qv::Box<int> box;
+        int at; // position in the family
+        std::int16_t column1, row1;
+    };
+
+    // A run of cells, inclusive, clamped to the grid.
+    struct Cells {
+        int column1, row1, column2, row2;
+        int columns() const { return column2 - column1 + 1; }
+        int rows() const { return row2 - row1 + 1; }
+    };
+
+    void build(Canvas* root)
+    {
+        m_built = true;
+        m_count = root->childCount;
+        m_oldest = root->oldestChild;
+        m_youngest = root->youngestChild;
+        m_entries.clear();
+        m_positions.clear();
+        bool any = false;
+        long long widths = 0, heights = 0, shaped = 0;
+        for (Canvas* child = root->oldestChild; child; child = child->youngerSibling) {
+            Entry entry{child, {}};
+            if (child->shape())
+                child->shape()->getBox(entry.box);
+            if (!entry.box.isEmpty()) {
+                m_area = any ? Qv::Box<int>{std::min(m_area.x1, entry.box.x1), std::min(m_area.y1, entry.box.y1),
+                                            std::max(m_area.x2, entry.box.x2), std::max(m_area.y2, entry.box.y2)}
+                             : entry.box;
+                any = true;
+                widths += entry.box.width();
+                heights += entry.box.height();
+                ++shaped;
+            }
+            m_positions.emplace_back(child, static_cast<int>(m_entries.size()));
+            m_entries.push_back(entry);
+        }
+        std::sort(m_positions.begin(), m_positions.end());
+        m_cell_start.clear();
+        m_placed.clear();
+        m_columns = m_rows = 0;
+        if (!any)
+            return;
+        // Cells about as big as the average box: a box then lies in a few
+        // cells and a cell holds a few boxes. Coarser while boxes much bigger
+        // than the average would fill too many cells.
+        m_cell_width = static_cast<int>(std::max<long long>(8, widths / shaped));
+        m_cell_height = static_cast<int>(std::max<long long>(8, heights / shaped));
+        for (;;) {
+            m_columns = std::max(1, std::min(kMaxCellsPerSide, (m_area.width() + m_cell_width - 1) / m_cell_width));
+            m_rows = std::max(1, std::min(kMaxCellsPerSide, (m_area.height() + m_cell_height - 1) / m_cell_height));
+            m_cell_width = (m_area.width() + m_columns - 1) / m_columns;
+            m_cell_height = (m_area.height() + m_rows - 1) / m_rows;
+            long long filled = 0;
+            for (const Entry& entry : m_entries)
+                if (!entry.box.isEmpty()) {
+                    const Cells cells = cells_of(entry.box);
+                    filled += static_cast<long long>(cells.columns()) * cells.rows();
+                }
+            if (filled <= 8 * shaped + 1024 || (m_columns == 1 && m_rows == 1))
+                break;
+            m_cell_width *= 2;
+            m_cell_height *= 2;
+        }
+        // Each cell's run in stacking order, oldest first.
+        m_cell_start.assign(static_cast<std::size_t>(m_columns * m_rows + 1), 0);
+        for (const Entry& entry : m_entries)
+            if (!entry.box.isEmpty())
+                for_each_cell(cells_of(entry.box), [this](int cell) { ++m_cell_start[static_cast<std::size_t>(cell + 1)]; });
+        for (std::size_t cell = 1; cell < m_cell_start.size(); ++cell)
+            m_cell_start[cell] += m_cell_start[cell - 1];
+        m_placed.resize(static_cast<std::size_t>(m_cell_start.back()));
+        Qv::Vector<int> next(m_cell_start.begin(), m_cell_start.end() - 1);
+        for (std::size_t at = 0; at < m_entries.size(); ++at) {
+            const Qv::Box<int>& box = m_entries[at].box;
+            if (box.isEmpty())
+                continue;
+            const Cells cells = cells_of(box);
+            const Placed placed{box, static_cast<int>(at), static_cast<std::int16_t>(cells.column1),
+                                static_cast<std::int16_t>(cells.row1)};
+            for_each_cell(cells, [&](int cell) { m_placed[static_cast<std::size_t>(next[static_cast<std::size_t>(cell)]++)] = placed; });
+        }
+    }
+
+    Cells cells_of(const Qv::Box<int>& box) const
+    {
+        const auto clamp = [](int value, int last) { return std::max(0, std::min(value, last)); };
+        return {clamp((box.x1 - m_area.x1) / m_cell_width, m_columns - 1),
+                clamp((box.y1 - m_area.y1) / m_cell_height, m_rows - 1),
+                clamp((box.x2 - 1 - m_area.x1) / m_cell_width, m_columns - 1),
+                clamp((box.y2 - 1 - m_area.y1) / m_cell_height, m_rows - 1)};
+    }
+
+    template <typename Visit>
+    void for_each_cell(const Cells& cells, Visit visit) const
+    {
+        for (int row = cells.row1; row <= cells.row2; ++row)
+            for (int column = cells.column1; column <= cells.column2; ++column)
+                visit(row * m_columns + column);
+    }
+
+    int position(const Canvas* canvas) const
+    {
+        const auto at = std::lower_bound(m_positions.begin(), m_positions.end(), std::pair<const Canvas*, int>(canvas, 0));
+        return at != m_positions.end() && at->first == canvas ? at->second : -1;
+    }
+
+    // Into m_found, in stacking order: the translucent canvases from `first`
+    // up whose boxes meet `damage`.
+    void find(int first, const Qv::Box<int>& damage)
+    {
+        m_found.clear();
+        if (m_columns == 0 || !boxes_meet(damage, m_area))
+            return;
+        const Cells cells = cells_of(damage);
+        if (2 * cells.columns() * cells.rows() >= m_columns * m_rows) {
+            // Most of the grid: straight through the family is cheaper.
+            for (std::size_t at = static_cast<std::size_t>(first); at < m_entries.size(); ++at)
+                if (boxes_meet(m_entries[at].box, damage) && !m_entries[at].canvas->isOpaque())
+                    m_found.push_back(static_cast<int>(at));
+            return;
+        }
+        for (int row = cells.row1; row <= cells.row2; ++row) {
+            for (int column = cells.column1; column <= cells.column2; ++column) {
+                const int cell = row * m_columns + column;
+                const auto end = m_placed.begin() + m_cell_start[static_cast<std::size_t>(cell + 1)];
+                auto at = std::partition_point(m_placed.begin() + m_cell_start[static_cast<std::size_t>(cell)], end,
+                                               [first](const Placed& placed) { return placed.at < first; });
+                for (; at != end; ++at) {
+                    if (!boxes_meet(at->box, damage) || std::max<int>(at->column1, cells.column1) != column ||
+                        std::max<int>(at->row1, cells.row1) != row)
+                        continue;
+                    if (!m_entries[static_cast<std::size_t>(at->at)].canvas->isOpaque())
+                        m_found.push_back(at->at);
+                }
+            }
+        }
+        std::sort(m_found.begin(), m_found.end());
+    }
+
+    Canvas* m_root = nullptr;
+    std::uint32_t m_generation = 0;
+    bool m_built = false;
+    bool m_busy = false;
+    long m_walked = 0; // siblings the plain walk looked at since the family last changed
+    int m_count = 0;   // the root's links when the index was made
+    Canvas* m_oldest = nullptr;
+    Canvas* m_youngest = nullptr;
+    Qv::Vector<Entry> m_entries;                            // stacking order, oldest first
+    Qv::Vector<std::pair<const Canvas*, int>> m_positions; // by address
+    Qv::Box<int> m_area;                                    // all boxes together
+    int m_cell_width = 1, m_cell_height = 1, m_columns = 0, m_rows = 0;
+    Qv::Vector<int> m_cell_start; // where each cell's run begins in m_placed
+    Qv::Vector<Placed> m_placed;  // cell after cell
+    Qv::Vector<int> m_found;
+};
+
+SeeThroughIndex& see_through_index()
+{
+    static SeeThroughIndex index;
+    return index;
+}
+
 // Translucent canvases are composed again when anything under them changes.
 // Only the direct children of the root are looked at.
 void see_through(Canvas* c, const RegionPtr& region)
 {
     if (c->isRoot()) {
-        for (Canvas* child = c->oldestChild; child; child = child->youngerSibling)
-            if (!child->isOpaque())
-                mark(child, region);
+        see_through_index().markYounger(c, c->oldestChild, region);
         return;
     }
     Canvas* top = c;
     int steps_left = canvas_walk_limit();
     while (top->parent && top->parent->parent && steps_left-- > 0)
         top = top->parent;
-    for (Canvas* sibling = top->youngerSibling; sibling; sibling = sibling->youngerSibling)
-        if (!sibling->isOpaque())
-            mark(sibling, region);
+    see_through_index().markYounger(top->parent, top->youngerSibling, region);
 }
 
 RegionPtr subtract_children(RegionPtr result, Canvas* parent, const RegionPtr& clip)
@@ -134,6 +416,11 @@ void canvupd_mark_region_exact(Canvas* canvas, const Qv::Ptr<iRegion>& region, b
     mark(canvas, region);
     if (seeThrough && region)
         see_through(canvas, region);
+}
+
+void canvupd_tree_changed()
+{
+    s_tree_generation.fetch_add(1, std::memory_order_relaxed);
 }
 
 void canvupd_mark_rect(Canvas* canvas, int x1, int y1, int x2, int y2)

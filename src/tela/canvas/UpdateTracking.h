@@ -29,6 +29,10 @@ void canvupd_mark_rect(Canvas* canvas, int x1, int y1, int x2, int y2);
 void canvupd_mark_all(Canvas* canvas);
 // Forgets the canvas's damage (and that it was pending).
 void canvupd_mark_clean(Canvas* canvas);
+// Stacking or a shape changed somewhere in a tree: what the see-through pass
+// of a mark keeps about a root's children is made again. Called by the
+// functions that link, unlink, shape, move, make, copy and end canvases.
+void canvupd_tree_changed();
 // Paints the canvas's damage now, if it is dirty and has a shape.
 void canvupd_flush(Canvas* canvas);
 namespace Tela {
