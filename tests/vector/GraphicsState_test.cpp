@@ -1,4 +1,4 @@
-#include "tela/app/Diagnostics.h"
+#include "tela/core/Log.h"
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Matrix.h"
 

@@ -3,7 +3,7 @@
 
 #include "tela/canvas/CanvasTree.h"
 
-#include "tela/app/Diagnostics.h"
+#include "tela/core/Log.h"
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/Mapping.h"

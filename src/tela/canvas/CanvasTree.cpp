@@ -1,6 +1,6 @@
 #include "tela/canvas/CanvasTree.h"
 
-#include "tela/app/Diagnostics.h"
+#include "tela/core/Log.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/Mapping.h"
 #include "tela/canvas/UpdateTracking.h"

@@ -198,3 +198,14 @@ void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>
     const RectDescription fill(area, row->rootColour);
     renderer->drawRects(&fill, 1);
 }
+
+RootWindowRec* tela_root_row(Canvas* canvas)
+{
+    if (!canvas)
+        return nullptr;
+    Canvas* root = canvas->getRootParent();
+    for (RootWindowRec& row : tela_state().rootWindows)
+        if (row.rootCanvas == root)
+            return &row;
+    return nullptr;
+}

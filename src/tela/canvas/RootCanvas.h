@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+struct RootWindowRec;
+
 struct RootCanvasEvent {
     std::int32_t value = 0;
 };
@@ -38,6 +40,8 @@ private:
     void displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
 };
 
+// The row of the root canvas of `canvas`; null when it has none.
+RootWindowRec* tela_root_row(Canvas* canvas);
 // Appends the row of a root: its event sink, and the window colour the user
 // chose last.
 void tela_addRootWindow(RootCanvas* root, const Qv::Ptr<iEventHandler>& handler);

@@ -13,6 +13,14 @@ void murl_vprintf(const char* format, va_list arguments) __attribute__((format(p
 void setSynchronousLogging(bool synchronous);
 bool synchronousLogging();
 
+// tela_splat: the report of a programming error. It prints and returns: the
+// caller always carries on.
+// The message is the printf format of the report, so "%%" prints one percent
+// sign. The library passes only fixed messages of its own. Text that comes
+// from data must not be given here: report it with murl_printf("%s", text).
+// A message whose conversions would want arguments is printed as it stands.
+void tela_splat(const char* message) __attribute__((format(printf, 1, 0)));
+
 namespace Qv {
 // Receives each formatted message. Passing null restores stderr. Returns the previous sink.
 using LogSink = void (*)(const char* text, void* context);

@@ -1,6 +1,5 @@
 #include "tela/state/TelaState.h"
 
-#include "tela/canvas/Canvas.h"
 #include "tela/core/NotifyMsgTypeDictionary.h"
 #include "tela/platform/FxResources.h"
 
@@ -19,17 +18,6 @@ Canvas* tela_rootcanvas()
 {
     const TelaState& state = tela_state();
     return state.rootWindows.empty() ? nullptr : state.rootWindows.front().rootCanvas;
-}
-
-RootWindowRec* tela_root_row(Canvas* canvas)
-{
-    if (!canvas)
-        return nullptr;
-    Canvas* root = canvas->getRootParent();
-    for (RootWindowRec& row : tela_state().rootWindows)
-        if (row.rootCanvas == root)
-            return &row;
-    return nullptr;
 }
 
 Qv::Ptr<iShaderEffect> tela_shader(int number)

@@ -65,8 +65,6 @@ TelaState& tela_state();
 
 // The first root canvas, null when there is none.
 Canvas* tela_rootcanvas();
-// The row of the root canvas of `canvas`; null when it has none.
-RootWindowRec* tela_root_row(Canvas* canvas);
 
 Notifier& tela_getNotifier();
 

@@ -1,6 +1,6 @@
 #include "tela/vector/GraphicsState.h"
 
-#include "tela/app/Diagnostics.h"
+#include "tela/core/Log.h"
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/colour/CurrentColour.h"

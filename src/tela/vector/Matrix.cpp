@@ -1,6 +1,6 @@
 #include "tela/vector/Matrix.h"
 
-#include "tela/app/Diagnostics.h"
+#include "tela/core/Log.h"
 
 #include <cmath>
 #include <cstring>
