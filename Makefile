@@ -3,7 +3,9 @@ BUILD      ?= build
 GENERATOR  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 CTEST_ARGS := --output-on-failure --timeout 900
 
-.PHONY: all deps deps-bench build test test-release test-asan tsan demo bench clean
+PREFIX     ?= /usr/local
+
+.PHONY: all deps deps-bench configure build test test-release test-asan tsan demo install bench clean
 
 all: build
 
@@ -13,8 +15,10 @@ deps:
 deps-bench:
 	@scripts/install-deps.sh bench
 
-build: deps
+configure: deps
 	cmake -S . -B $(BUILD)/release $(GENERATOR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+build: configure
 	cmake --build $(BUILD)/release
 
 test-release: build
@@ -38,10 +42,17 @@ tsan: deps
 test: test-release test-asan tsan
 
 # The gallery opens a window when there is a display; without one it plays a
-# scripted session on the headless platform and writes screenshots.
-demo: build
-	@mkdir -p $(BUILD)/screenshots
-	$(BUILD)/release/examples/gallery/gallery $(BUILD)/screenshots
+# scripted session on the headless platform and writes screenshots. Only the
+# library and the gallery are built, and the gallery keeps its settings under
+# the build folder, not in the user's home.
+demo: configure
+	cmake --build $(BUILD)/release --target gallery
+	@mkdir -p $(BUILD)/screenshots $(BUILD)/demo-settings
+	XDG_CONFIG_HOME=$(abspath $(BUILD))/demo-settings $(BUILD)/release/examples/gallery/gallery $(BUILD)/screenshots
+
+# Headers under $(PREFIX)/include/tela, libtela, the CMake package and tela.pc.
+install: build
+	cmake --install $(BUILD)/release --prefix $(PREFIX)
 
 bench: deps-bench
 	cmake -S . -B $(BUILD)/bench $(GENERATOR) -DCMAKE_BUILD_TYPE=Release -DTELA_BENCH=ON

@@ -16,5 +16,8 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/TelaConfigVersion.cmake COM
 install(FILES ${CMAKE_BINARY_DIR}/TelaConfig.cmake ${CMAKE_BINARY_DIR}/TelaConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tela)
 
+# The prefix is found from where tela.pc lies, so the package may be moved.
+file(RELATIVE_PATH TELA_PC_UP /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" TELA_PC_UP "${TELA_PC_UP}")
 configure_file(${CMAKE_SOURCE_DIR}/cmake/tela.pc.in ${CMAKE_BINARY_DIR}/tela.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/tela.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,31 @@
+// Tela.h: the whole public interface in one include, for programs that would
+// rather not pick headers. Start with tela/app/Application.h; the smallest
+// complete program is examples/hello.
+#pragma once
+
+#include "tela/app/Application.h"
+#include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasClient.h"
+#include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/ScreenGrab.h"
+#include "tela/canvas/UpdateTracking.h"
+#include "tela/canvas/Wipe.h"
+#include "tela/colour/CurrentColour.h"
+#include "tela/core/Log.h"
+#include "tela/events/Deferred.h"
+#include "tela/events/Event.h"
+#include "tela/events/EventHandler.h"
+#include "tela/events/EventQueue.h"
+#include "tela/events/EventTimeServer.h"
+#include "tela/events/Messages.h"
+#include "tela/input/Cursors.h"
+#include "tela/input/Monitors.h"
+#include "tela/input/RootWindowEventHandler.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/Platforms.h"
+#include "tela/platform/iImagingService.h"
+#include "tela/state/TelaState.h"
+#include "tela/vector/GraphicsState.h"
+#include "tela/vector/Regions.h"
