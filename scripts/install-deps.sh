@@ -5,9 +5,9 @@ set -euo pipefail
 
 core=(g++ make cmake ninja-build pkg-config ccache
       libpixman-1-dev libcairo2-dev libfreetype-dev libharfbuzz-dev libfontconfig-dev
-      libpng-dev libjpeg62-turbo-dev libsdl2-dev nlohmann-json3-dev
+      libpng-dev libjpeg62-turbo-dev libsdl2-dev libx11-dev nlohmann-json3-dev
       libgtest-dev libgmock-dev fonts-dejavu-core xvfb xauth)
-bench=(libbenchmark-dev qtbase5-dev libpango1.0-dev libx11-dev)
+bench=(libbenchmark-dev qtbase5-dev libpango1.0-dev)
 
 case "${1:-test}" in
   test)  wanted=("${core[@]}") ;;
