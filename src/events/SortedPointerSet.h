@@ -33,7 +33,7 @@ class SortedPointerSet {
     static_assert(std::is_pointer_v<T>, "SortedPointerSet holds pointers");
 
 public:
-    static constexpr std::size_t kRunMax = 256;
+    static constexpr std::size_t kRunMax = 120;
 
     // False when the key was there already.
     bool insert(T key)
