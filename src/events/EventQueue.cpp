@@ -84,18 +84,10 @@ private:
 
     std::size_t index(const void* key) const
     {
-        // Objects made one after another lie side by side, and their events
-        // are counted in and out in about that order: keeping neighbours in
-        // neighbouring slots lets one cache line of the table serve several
-        // of them, where a full scatter costs a miss on every send and every
-        // receive once thousands of handlers have events queued. So the
-        // offset within a 64 KiB region stays linear (one slot per 128 bytes,
-        // about one handler, so that four of them share a line of slots),
-        // and only the region is scattered, by a multiplicative hash, because
-        // distant regions (one heap per thread) may share their low bits.
-        const auto bits = reinterpret_cast<std::uintptr_t>(key);
-        const std::uint64_t region = static_cast<std::uint64_t>(bits >> 16) * 0x9E3779B97F4A7C15ull;
-        return static_cast<std::size_t>((bits >> 7) + (region >> 40)) & (m_slots.size() - 1);
+        // Records and objects are at least 8-aligned: drop the dead low bits,
+        // then spread the rest by a multiplicative hash.
+        const auto bits = reinterpret_cast<std::uintptr_t>(key) >> 3;
+        return static_cast<std::size_t>(bits * 0x9E3779B97F4A7C15ull >> 32) & (m_slots.size() - 1);
     }
 
     // The slot holding key, or the empty slot where it would go.
