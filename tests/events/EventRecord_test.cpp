@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
 #include <vector>
 
 TEST(EventRecord, predicates_test_bits_of_the_type_word)
@@ -89,6 +91,38 @@ TEST(EventPool, the_forty_first_record_comes_from_the_heap_and_returns_to_the_po
         delete e;
     EXPECT_EQ(Event::poolFreeCount(), made + 1);
     EXPECT_GE(made, 40u);
+}
+
+// Threads that take and give back records at once must never be handed the
+// same record twice, and every record must be back on the stack afterwards.
+TEST(EventPool, concurrent_takers_never_share_a_record_and_all_come_back)
+{
+    delete new Event;
+    const std::size_t free_before = Event::poolFreeCount();
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 20000;
+    std::atomic<int> shared_records{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kRounds; ++i) {
+                Event* held[3];
+                for (Event*& e : held) {
+                    e = new Event;
+                    e->key = static_cast<std::uint32_t>(t); // the taker's mark
+                }
+                for (Event* e : held)
+                    if (e->key != static_cast<std::uint32_t>(t))
+                        shared_records.fetch_add(1);
+                for (Event* e : held)
+                    delete e;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(shared_records.load(), 0);
+    EXPECT_EQ(Event::poolFreeCount(), Event::poolRecordCount());
+    EXPECT_GE(Event::poolFreeCount(), free_before);
 }
 
 TEST(EventRecord, copies_share_the_message_and_payload)

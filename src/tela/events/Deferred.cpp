@@ -8,6 +8,7 @@
 #include "tela/platform/iShellService.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -15,13 +16,13 @@ constexpr std::uint32_t kDeferredType = 0x4001;
 
 // The event that carries a wrapper: the queue holds the only counted
 // reference, so the wrapper dies with the event, delivered or not.
-void send_wrapper(const Qv::Ptr<FunctionWrapper>& wrapper, Canvas* canvas, const String& id, bool checkTarget)
+void send_wrapper(Qv::Ptr<FunctionWrapper> wrapper, Canvas* canvas, const String& id, bool checkTarget)
 {
     Event event;
     event.type = kDeferredType;
     event.handler = wrapper.get();
     event.canvas = canvas;
-    event.data(wrapper);
+    event.m_data = std::move(wrapper); // the sender's reference becomes the event's
     event.message(id);
     event_send(&event, checkTarget);
 }
@@ -52,12 +53,12 @@ void defer(Qv::Ptr<iExecutableAction> action, Canvas* canvas)
 
 void deferUnique(const std::function<void()>& function, const String& id, Canvas* canvas)
 {
-    const Qv::Ptr<FunctionWrapper> wrapper = Qv::make<FunctionWrapper>(function);
+    Qv::Ptr<FunctionWrapper> wrapper = Qv::make<FunctionWrapper>(function);
     // The pending event keeps its place but loses its wrapper, whose death
     // flushes what is queued for it: that very event. Neither runs.
     if (event_replace_queued_data(kDeferredType, id, canvas, wrapper))
         return;
-    send_wrapper(wrapper, canvas, id, true);
+    send_wrapper(std::move(wrapper), canvas, id, true);
 }
 
 void executeInMainThread(const std::function<void()>& function)

@@ -31,17 +31,14 @@ EventHandler& EventHandler::operator=(const EventHandler& other)
 EventHandler::~EventHandler()
 {
     // Cancel what is queued for us before leaving, so that no sender sees us
-    // live with events that will never be delivered. A checked send from
-    // another thread may still find us registered between that flush and the
-    // erase below; since it looks at the registry inside the queue lock, the
-    // second flush, which needs that lock, comes after it and catches its event.
-    event_flush(this, 0, false);
-    {
+    // live with events that will never be delivered. The leaving happens
+    // inside the queue lock, where checked sends look at the registry, so no
+    // send from another thread can slip in between the flush and the leaving.
+    event_flush_and_leave(this, [](EventHandler* self) {
         Registry& registry = instances();
         CriticalSection::Guard guard(registry.lock);
-        registry.members.erase(this); // an unregistered copy is simply not found
-    }
-    event_flush(this, 0, false);
+        registry.members.erase(self); // an unregistered copy is simply not found
+    });
 }
 
 int EventHandler::fsFilterThis(const Event& event, void* context)

@@ -14,13 +14,14 @@
 //   it from any thread while the handler is registered.
 // - When a handler has left the registry, nothing queued names it: checked
 //   sends look at the registry inside the queue lock, and the destructor
-//   flushes on both sides of leaving.
+//   flushes and leaves inside that same lock.
 
 #include "tela/core/CriticalSection.h"
 #include "tela/core/IdStamp.h"
 #include "tela/core/Memory.h"
 #include "tela/core/RefCount.h"
 #include "tela/events/FilterStackable.h"
+#include "tela/events/SortedPointerSet.h"
 
 struct Event;
 
@@ -60,9 +61,11 @@ public:
 
     // The registry of live handlers: an ordered set with its own lock, made on
     // first use and never destroyed, so handlers dying at exit can still leave.
+    // Every deferred action adds, finds and removes its wrapper here, so the
+    // set is one built for cheap lookups rather than a node-based tree.
     struct Registry {
         CriticalSection lock;
-        Qv::Set<EventHandler*> members;
+        SortedPointerSet<EventHandler*> members;
     };
     static Registry& instances();
 

@@ -1,11 +1,18 @@
 // The pool behind Event's operator new and delete.
 //
 // Free records sit on a stack threaded through Event::link. Pushes are
-// lock-free compare-and-swaps. Pops are serialised by a small spin flag: with
-// two concurrent pops a record could be popped, pushed back and popped again
-// between another pop's read of the head and its swap (the ABA problem), and
-// the swap would then install a link that is no longer free. With one pop at
-// a time the head can only change by pushes, which the swap notices.
+// lock-free compare-and-swaps. Pops are serialised by the low bit of the head
+// word, which records are aligned enough never to use: with two concurrent
+// pops a record could be popped, pushed back and popped again between another
+// pop's read of the head and its swap (the ABA problem), and the swap would
+// then install a link that is no longer free. With one pop at a time the head
+// can only change by pushes, which the swap notices. Keeping that bit in the
+// head itself, rather than in a flag beside it, lets the pop that clears it
+// also take the record: a pop costs a read, a swap that sets the bit, one that
+// takes the record and clears it, and the count.
+//
+// Each operation asks OS() for the atomics service once and keeps it for its
+// own length only.
 //
 // The stack and the fill flag are named objects of the process, so every
 // module that links the library shares one pool.
@@ -17,6 +24,7 @@
 #include "tela/platform/OS.h"
 #include "tela/platform/iAtomicsService.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <new>
 #include <thread>
@@ -25,12 +33,14 @@
 namespace {
 
 constexpr int kPreallocated = 40;
+constexpr std::uintptr_t kPopping = 1; // low bit of the head: a pop is under way
+
+static_assert(alignof(Event) > kPopping, "the head's low bit must be free in record addresses");
 
 struct FreeStack {
-    void* head;             // Event*
+    void* head;             // Event*, with kPopping while a pop is under way
     std::int32_t freeCount;
     std::int32_t recordCount; // every record the pool has made
-    void* popping;          // non-null while a pop is under way
 };
 
 struct Pool {
@@ -50,54 +60,92 @@ Pool& pool()
     return shared;
 }
 
-void* load_pointer(void** slot)
+std::uintptr_t bits(void* head)
 {
-    // A swap that never succeeds is an atomic read.
-    return OS()->atomics()->atomicCompareExchangePointer(slot, nullptr, nullptr);
+    return reinterpret_cast<std::uintptr_t>(head);
 }
 
-void push(FreeStack& stack, Event* record)
+Event* record_of(void* head)
 {
-    iAtomicsService* atomics = OS()->atomics();
-    void* head = load_pointer(&stack.head);
+    return reinterpret_cast<Event*>(bits(head) & ~kPopping);
+}
+
+void* with_bit(void* head, std::uintptr_t bit)
+{
+    return reinterpret_cast<void*>(bits(head) | bit);
+}
+
+void* load_pointer(iAtomicsService& atomics, void** slot)
+{
+    // A swap that never succeeds is an atomic read.
+    return atomics.atomicCompareExchangePointer(slot, nullptr, nullptr);
+}
+
+void push(iAtomicsService& atomics, FreeStack& stack, Event* record)
+{
+    void* head = load_pointer(atomics, &stack.head);
     for (;;) {
-        record->link = static_cast<Event*>(head);
-        void* found = atomics->atomicCompareExchangePointer(&stack.head, record, head);
+        // A pop under way keeps its bit: the record goes under it.
+        record->link = record_of(head);
+        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(record, bits(head) & kPopping), head);
         if (found == head)
             break;
         head = found;
     }
-    atomics->atomicIncrement(&stack.freeCount);
+    atomics.atomicIncrement(&stack.freeCount);
 }
 
-Event* pop(FreeStack& stack)
+Event* pop(iAtomicsService& atomics, FreeStack& stack)
 {
-    iAtomicsService* atomics = OS()->atomics();
-    static int s_token;
-    while (atomics->atomicCompareExchangePointer(&stack.popping, &s_token, nullptr) != nullptr)
-        std::this_thread::yield();
-    Event* record = nullptr;
-    void* head = load_pointer(&stack.head);
-    while (head) {
-        Event* candidate = static_cast<Event*>(head);
-        void* found = atomics->atomicCompareExchangePointer(&stack.head, candidate->link, head);
-        if (found == head) {
-            record = candidate;
-            atomics->atomicDecrement(&stack.freeCount);
-            break;
+    void* head = load_pointer(atomics, &stack.head);
+    for (;;) {
+        if (!head)
+            return nullptr; // empty, and no pop under way could make it otherwise
+        if (bits(head) & kPopping) {
+            std::this_thread::yield();
+            head = load_pointer(atomics, &stack.head);
+            continue;
         }
+        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(head, kPopping), head);
+        if (found == head)
+            break;
         head = found;
     }
-    atomics->atomicCompareExchangePointer(&stack.popping, nullptr, &s_token);
-    return record;
+    // Ours to pop: the head changes now only by pushes, which leave records on
+    // top of it (never an empty stack) and keep the bit. Take whatever is on
+    // top; its link is stable, since only a pop could take it.
+    void* locked = with_bit(head, kPopping);
+    for (;;) {
+        Event* record = record_of(locked);
+        void* found = atomics.atomicCompareExchangePointer(&stack.head, record->link, locked);
+        if (found == locked) {
+            atomics.atomicDecrement(&stack.freeCount);
+            return record;
+        }
+        locked = found;
+    }
 }
 
-void* new_record(FreeStack& stack)
+void* new_record(iAtomicsService& atomics, FreeStack& stack)
 {
     void* block = Qv::allocate(sizeof(Event));
     if (block)
-        OS()->atomics()->atomicIncrement(&stack.recordCount);
+        atomics.atomicIncrement(&stack.recordCount);
     return block;
+}
+
+// Only the first module to allocate fills the pool. The flag is never
+// cleared, so a module that has seen it set needs never look again.
+bool fill_unless_filled(iAtomicsService& atomics, const Pool& shared)
+{
+    static int s_filled_token;
+    if (load_pointer(atomics, shared.filled) == nullptr &&
+        atomics.atomicCompareExchangePointer(shared.filled, &s_filled_token, nullptr) == nullptr) {
+        for (int i = 0; i < kPreallocated; ++i)
+            if (void* block = new_record(atomics, *shared.stack))
+                push(atomics, *shared.stack, static_cast<Event*>(block));
+    }
+    return true;
 }
 
 } // namespace
@@ -111,18 +159,12 @@ void* Event::operator new(std::size_t size)
         return block;
     }
     Pool& shared = pool();
-    iAtomicsService* atomics = OS()->atomics();
-    // Only the first module to allocate fills the pool.
-    static int s_filled_token;
-    if (load_pointer(shared.filled) == nullptr &&
-        atomics->atomicCompareExchangePointer(shared.filled, &s_filled_token, nullptr) == nullptr) {
-        for (int i = 0; i < kPreallocated; ++i)
-            if (void* block = new_record(*shared.stack))
-                push(*shared.stack, static_cast<Event*>(block));
-    }
-    if (Event* record = pop(*shared.stack))
+    iAtomicsService& atomics = *OS()->atomics();
+    static const bool s_filled = fill_unless_filled(atomics, shared);
+    (void)s_filled;
+    if (Event* record = pop(atomics, *shared.stack))
         return record;
-    void* block = new_record(*shared.stack); // the pool grows without limit
+    void* block = new_record(atomics, *shared.stack); // the pool grows without limit
     if (!block)
         throw std::bad_alloc();
     return block;
@@ -136,7 +178,7 @@ void Event::operator delete(void* block, std::size_t size) noexcept
         Qv::release(block);
         return;
     }
-    push(*pool().stack, static_cast<Event*>(block));
+    push(*OS()->atomics(), *pool().stack, static_cast<Event*>(block));
 }
 
 std::size_t Event::poolRecordCount()

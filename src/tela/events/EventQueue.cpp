@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <climits>
+#include <utility>
 
 namespace {
 
@@ -372,7 +373,7 @@ void event_free(Event* event)
     // any destructor of the application's, runs outside the queue lock.
     // The record is no longer linked, so nothing else can reach it: it goes
     // back to the pool without the queue lock.
-    Qv::Ptr<iObject> payload = event ? event->data() : Qv::Ptr<iObject>();
+    Qv::Ptr<iObject> payload = event ? std::move(event->m_data) : Qv::Ptr<iObject>();
     delete event;
 }
 
@@ -444,6 +445,14 @@ void event_flush(EventHandler* handler, int mask, bool keepPairs)
         if (event->sender && event->sender == identity)
             clear_sender(q, event);
     }
+}
+
+void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*))
+{
+    Queue& q = queue();
+    CriticalSection::Guard guard(q.lock); // re-entrant: the flush takes it again
+    event_flush(handler, 0, false);
+    leave(handler);
 }
 
 bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data)

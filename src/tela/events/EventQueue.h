@@ -44,6 +44,12 @@ void event_free(Event* event);
 // cancelled, so that a pressed button is released.
 void event_flush(Canvas* canvas, int mask, bool keepPairs);
 void event_flush(EventHandler* handler, int mask, bool keepPairs);
+// For a dying handler: cancels what is queued for it or names it as sender,
+// as event_flush(handler, 0, false), then calls leave(handler) before the
+// queue lock is let go. A checked send looks at the registry inside that
+// lock, so if leave takes the handler out of the registry, no send can come
+// between the flush and the leaving.
+void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*));
 // A plain null means every canvas.
 inline void event_flush(std::nullptr_t, int mask, bool keepPairs)
 {

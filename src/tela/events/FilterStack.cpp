@@ -19,15 +19,9 @@ int event_run_intercept_stacks(Event& event)
     // Each stack gets its own copy, made after the mark is set and destroyed
     // straight after its run, so a filter that edits its event edits nobody's.
     event.intercepting = true;
-    int result = 0;
-    {
-        Event copy(event); // not const: a filter may write to its own copy
-        result = getEventInterceptStack(eInterceptFirst).run(copy);
-    }
-    if (result == 0) {
-        Event copy(event); // not const: a filter may write to its own copy
-        result = getEventInterceptStack(eInterceptNormal).run(copy);
-    }
+    int result = getEventInterceptStack(eInterceptFirst).runOnCopy(event);
+    if (result == 0)
+        result = getEventInterceptStack(eInterceptNormal).runOnCopy(event);
     event.intercepting = false;
     return result;
 }

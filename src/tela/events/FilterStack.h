@@ -51,6 +51,9 @@ public:
     // Asks each filter in order, under the lock, and returns the first non-zero
     // answer, or 0 when no filter takes the item (at once for an empty stack).
     int run(const T& item);
+    // As run, on the stack's own copy of the item, made only when some filter
+    // is there to see it: most items meet empty stacks, and a copy is not free.
+    int runOnCopy(const T& item);
 
     std::size_t count() const;
     bool contains(const FilterStackable<T>* filter) const;
@@ -127,6 +130,16 @@ int FilterStack<T>::run(const T& item)
             return result;
     }
     return 0;
+}
+
+template <typename T>
+int FilterStack<T>::runOnCopy(const T& item)
+{
+    CriticalSection::Guard guard(m_lock); // re-entrant: run takes it again
+    if (m_count == 0)
+        return 0;
+    T copy(item); // not const: a filter may write to its own copy
+    return run(copy);
 }
 
 template <typename T>
