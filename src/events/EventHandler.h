@@ -10,7 +10,7 @@
 // Invariants
 // - A handler is in the registry from the end of its constructor to the start
 //   of its destructor; a copy is never registered by copying.
-// - m_uniqueID is written only under the registry lock, so valid() may read
+// - uniqueID is written only under the registry lock, so valid() may read
 //   it from any thread while the handler is registered.
 // - When a handler has left the registry, nothing queued names it: checked
 //   sends look at the registry inside the queue lock, and the destructor
@@ -18,6 +18,7 @@
 
 #include "core/CriticalSection.h"
 #include "core/IdStamp.h"
+#include "core/ItemList.h"
 #include "core/Memory.h"
 #include "core/RefCount.h"
 #include "events/FilterStackable.h"
@@ -60,10 +61,7 @@ public:
 
     // The registry of live handlers: an ordered set with its own lock, made on
     // first use and never destroyed, so handlers dying at exit can still leave.
-    struct Registry {
-        CriticalSection lock;
-        Qv::Set<EventHandler*> members;
-    };
+    using Registry = ItemList<EventHandler*>;
     static Registry& instances();
 
 protected:
@@ -72,5 +70,5 @@ protected:
     virtual eResult intercept(const Event& event) { return handleEvent(event); }
 
 private:
-    IdStamp m_uniqueID;
+    IdStamp uniqueID;
 };
