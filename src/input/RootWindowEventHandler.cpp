@@ -175,7 +175,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
         } else {
             tela_updateMouseCursor();
         }
-        state.issueNotification(NotifyMsg(String(w.kind == WindowEvent::eFocusGained ? "true" : "false"), kFocusChannel),
+        state.issueNotification(NotifyMsg(BoolAsString(w.kind == WindowEvent::eFocusGained), kFocusChannel),
                                 kFocusChannel);
         break;
     case WindowEvent::eInitialise:
