@@ -32,12 +32,12 @@ constexpr std::uint32_t kFoldingModifiers = eKeyShift | eKeyControl | eKeyAlt | 
 bool complex_key_repeats()
 {
     static unsigned read_in = 0;
-    static bool repeats = true;
+    static bool complexKeyRepeats = true;
     if (read_in != Qv::configurationGeneration()) {
         read_in = Qv::configurationGeneration();
-        repeats = config_int("complex_key_repeats", 1) != 0;
+        complexKeyRepeats = config_int("complex_key_repeats", 1) != 0;
     }
-    return repeats;
+    return complexKeyRepeats;
 }
 
 // The key code with its modifiers, case-folded so that a binding need not
