@@ -1,4 +1,4 @@
-#include "tela/events/SortedPointerSet.h"
+#include "tela/core/SortedPointerSet.h"
 
 #include <gtest/gtest.h>
 

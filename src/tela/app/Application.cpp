@@ -75,7 +75,7 @@ void load_default_fonts() {}
 template <typename Object, typename Message>
 class MethodTask final : public BackgroundTaskBase {
 public:
-    using Method = int (Object::*)(const Message&, Qv::Ptr<iTaskLog>);
+    using Method = QvResult (Object::*)(const Message&, Qv::Ptr<iTaskLog>);
     MethodTask(Object* object, Method method, Message message)
         : m_object(object), m_method(method), m_message(std::move(message))
     {
@@ -194,11 +194,11 @@ int Tela::Application::init(const NotifyMsg&)
     return 0;
 }
 
-int Tela::Application::backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log)
+QvResult Tela::Application::backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log)
 {
     backgroundInit(std::move(log));
     const auto back_on_main_thread =
-        Qv::make<UIThreadCallback<NotifyMsg>>(Qv::makeCallback(this, &Application::initComplete), false);
+        Qv::make<UIThreadCallbackDupe<NotifyMsg>>(Qv::makeCallback(this, &Application::initComplete), false);
     back_on_main_thread->execute(NotifyMsg());
     return 1;
 }

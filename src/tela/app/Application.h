@@ -86,7 +86,7 @@ protected:
 private:
     void init();
     int init(const NotifyMsg&);
-    int backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log);
+    QvResult backgroundInit(const NotifyMsg&, Qv::Ptr<iTaskLog> log);
     int initComplete(const NotifyMsg&);
     static void handleShutdown(Shutdown::eExitType type);
     // Deletes the roots run() made, setting loose what the program left on them.

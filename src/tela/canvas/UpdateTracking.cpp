@@ -19,10 +19,10 @@ int canvupdTrace = 0;
 
 namespace {
 
-std::atomic<int> s_refresh_counter{0};
-bool s_presentation_enabled = true;
-Canvas* s_pending_canvas = nullptr;
-bool s_pending_several = false;
+std::atomic<int> refreshCounter{0};
+bool presentationEnabled = true;
+Canvas* pendingCanvas = nullptr;
+bool pendingSeveral = false;
 
 bool is_heavyweight(const Canvas* c)
 {
@@ -38,10 +38,10 @@ void set_dirty(Canvas* c)
     }
     // A lightweight canvas never flushes by itself: it waits for its draw
     // canvas's road.
-    if (!s_pending_canvas)
-        s_pending_canvas = c;
-    else if (s_pending_canvas != c)
-        s_pending_several = true;
+    if (!pendingCanvas)
+        pendingCanvas = c;
+    else if (pendingCanvas != c)
+        pendingSeveral = true;
 }
 
 // The mark itself; true when something was recorded.
@@ -451,8 +451,8 @@ void canvupd_mark_clean(Canvas* canvas)
 {
     if (!canvas)
         return;
-    if (canvas == s_pending_canvas)
-        s_pending_canvas = nullptr;
+    if (canvas == pendingCanvas)
+        pendingCanvas = nullptr;
     canvas->dirty = 0;
     canvas->updateRegion(nullptr);
 }
@@ -538,21 +538,21 @@ RegionPtr Tela::VisibleRegions::uncovered(Canvas* canvas)
 
 void tela_refresh_off()
 {
-    s_refresh_counter.fetch_sub(1, std::memory_order_relaxed);
+    refreshCounter.fetch_sub(1, std::memory_order_relaxed);
 }
 
 void tela_refresh_on(bool present)
 {
-    const int counter = s_refresh_counter.fetch_add(1, std::memory_order_relaxed) + 1;
+    const int counter = refreshCounter.fetch_add(1, std::memory_order_relaxed) + 1;
     if (counter > 0)
         tela_splat("too many tela_refresh_on() calls");
     // Only the main thread paints; another thread's deferrer just counts.
-    if (counter != 0 || !s_pending_canvas || !isMainThread())
+    if (counter != 0 || !pendingCanvas || !isMainThread())
         return;
     if (present) {
-        Canvas* target = s_pending_several ? nullptr : s_pending_canvas;
-        s_pending_several = false;
-        s_pending_canvas = nullptr;
+        Canvas* target = pendingSeveral ? nullptr : pendingCanvas;
+        pendingSeveral = false;
+        pendingCanvas = nullptr;
         tela_display_dirty_regions(target);
     }
     tela_state().deferredReleases.clear();
@@ -560,22 +560,22 @@ void tela_refresh_on(bool present)
 
 bool tela_refresh_is_active()
 {
-    return canvupdTrace >= 2 || s_refresh_counter.load(std::memory_order_relaxed) >= 0;
+    return canvupdTrace >= 2 || refreshCounter.load(std::memory_order_relaxed) >= 0;
 }
 
 int tela_refresh_counter()
 {
-    return s_refresh_counter.load(std::memory_order_relaxed);
+    return refreshCounter.load(std::memory_order_relaxed);
 }
 
 Canvas* canvupd_pending_canvas()
 {
-    return s_pending_canvas;
+    return pendingCanvas;
 }
 
 bool canvupd_pending_several()
 {
-    return s_pending_several;
+    return pendingSeveral;
 }
 
 void tela_defer_release(const Qv::Ptr<iObject>& object)
@@ -588,12 +588,12 @@ namespace Tela {
 
 bool isPresentationEnabled()
 {
-    return s_presentation_enabled;
+    return presentationEnabled;
 }
 
 void setPresentationEnabled(bool enabled)
 {
-    s_presentation_enabled = enabled;
+    presentationEnabled = enabled;
 }
 
 UpdateDeferrer::UpdateDeferrer(Canvas* canvas, bool present) : m_canvas(canvas), m_present(present)

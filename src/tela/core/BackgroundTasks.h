@@ -14,6 +14,9 @@
 
 #include <atomic>
 
+// What the body of a background task reports: 1 when it ran to its end.
+using QvResult = int;
+
 class iTaskLog : public virtual iObject {
 public:
     virtual void log(const String& line) = 0;

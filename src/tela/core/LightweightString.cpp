@@ -149,6 +149,11 @@ WString fromUTF8(const char* text)
     return result;
 }
 
+String BoolAsString(bool value)
+{
+    return String(value ? "true" : "false");
+}
+
 WString fromUTF8(const String& text)
 {
     return text.isNull() ? WString() : fromUTF8(text.c_str());

@@ -80,5 +80,8 @@ WString fromUTF8(const String& text);
 // UTF-16 in, UTF-8 out; unpaired surrogates become U+FFFD.
 String toUTF8(const WString& text);
 
+// "true" or "false": how a flag is written into messages and settings.
+String BoolAsString(bool value);
+
 extern template class LightweightString<char>;
 extern template class LightweightString<wchar_t>;

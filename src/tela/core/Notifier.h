@@ -63,15 +63,15 @@ class GenericNotifier : public NotifierBase {
 public:
     using Callback = iCallbackBase<int, T>;
 
-    GenericNotifier() { m_sentinel.previous = m_sentinel.next = &m_sentinel; }
+    GenericNotifier() { clients.previous = clients.next = &clients; }
 
     ~GenericNotifier() override
     {
         // Guards released from now on must not reach a half-destroyed notifier.
         detachGuards();
         CriticalSection::Guard guard(lock());
-        while (m_sentinel.next != &m_sentinel)
-            unlink(m_sentinel.next);
+        while (clients.next != &clients)
+            unlink(clients.next);
     }
 
     Qv::Ptr<Qv::Guard> addListener(const Qv::Ptr<Callback>& callback, int type)
@@ -86,12 +86,12 @@ public:
     void deregisterNotification(const IdStamp& stamp) override
     {
         CriticalSection::Guard guard(lock());
-        for (Node* node = m_sentinel.next; node != &m_sentinel; node = node->next) {
+        for (Node* node = clients.next; node != &clients; node = node->next) {
             if (!(node->stamp() == stamp))
                 continue;
-            if (m_issueDepth != 0) {
+            if (issueDepth != 0) {
                 node->state = eRemoved;
-                m_changesPending = 1;
+                changesPending = 1;
             } else {
                 unlink(node);
             }
@@ -104,13 +104,13 @@ public:
     {
         const int all_types = NotifyMsgTypeDictionary::instance().allTypesId;
         CriticalSection::Guard guard(lock());
-        ++m_issueDepth;
-        for (Node* node = m_sentinel.next; node != &m_sentinel; node = node->next) {
+        ++issueDepth;
+        for (Node* node = clients.next; node != &clients; node = node->next) {
             if (node->state == eLive && (node->type == all_types || node->type == type || type == all_types))
                 node->callback->execute(event);
         }
-        if (--m_issueDepth == 0 && m_changesPending) {
-            for (Node* node = m_sentinel.next; node != &m_sentinel;) {
+        if (--issueDepth == 0 && changesPending) {
+            for (Node* node = clients.next; node != &clients;) {
                 Node* next = node->next;
                 if (node->state == eRemoved)
                     unlink(node);
@@ -118,7 +118,7 @@ public:
                     node->state = eLive;
                 node = next;
             }
-            m_changesPending = 0;
+            changesPending = 0;
         }
     }
 
@@ -128,17 +128,17 @@ public:
     {
         const int all_types = NotifyMsgTypeDictionary::instance().allTypesId;
         CriticalSection::Guard guard(lock());
-        if (m_clientCount == 0)
+        if (clientCount == 0)
             return false;
         if (type == all_types)
             return true;
-        for (const Node* node = m_sentinel.next; node != &m_sentinel; node = node->next)
+        for (const Node* node = clients.next; node != &clients; node = node->next)
             if (node->state == eLive && (node->type == all_types || node->type == type))
                 return true;
         return false;
     }
 
-    std::uint16_t numClients() const { return m_clientCount; }
+    std::uint16_t numClients() const { return clientCount; }
 
 private:
     enum State : std::int32_t { eLive = 0, eAdded = 1, eRemoved = 2 };
@@ -162,15 +162,15 @@ private:
         Node* node = new Node;
         node->callback = callback;
         node->type = type;
-        if (m_issueDepth != 0) {
+        if (issueDepth != 0) {
             node->state = eAdded;
-            m_changesPending = 1;
+            changesPending = 1;
         }
-        node->previous = m_sentinel.previous;
-        node->next = &m_sentinel;
-        m_sentinel.previous->next = node;
-        m_sentinel.previous = node;
-        ++m_clientCount;
+        node->previous = clients.previous;
+        node->next = &clients;
+        clients.previous->next = node;
+        clients.previous = node;
+        ++clientCount;
         return makeGuard(node->stamp());
     }
 
@@ -178,14 +178,14 @@ private:
     {
         node->previous->next = node->next;
         node->next->previous = node->previous;
-        --m_clientCount;
+        --clientCount;
         delete node;
     }
 
-    std::uint16_t m_issueDepth = 0;
-    std::uint16_t m_changesPending = 0;
-    Node m_sentinel; // no callback; its links close the ring
-    std::uint16_t m_clientCount = 0;
+    std::uint16_t issueDepth = 0;
+    std::uint16_t changesPending = 0;
+    Node clients; // the sentinel of the ring of listeners: no callback, its links close the ring
+    std::uint16_t clientCount = 0;
 };
 
 // The notifier of NotifyMsg values, the kind the library state is.

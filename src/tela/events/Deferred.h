@@ -25,6 +25,29 @@ public:
     virtual void execute() = 0;
 };
 
+// A member function of a counted object, called with a copy of the argument
+// it was made with. The object is kept alive until the call.
+template <typename Object, typename T>
+class DeferableMethodCallback final : public iExecutableAction {
+public:
+    using Method = void (Object::*)(const T&);
+
+    DeferableMethodCallback(Object* object, Method method, const T& argument)
+        : m_object(object), m_method(method), m_argument(argument)
+    {
+    }
+    void execute() override
+    {
+        if (m_object && m_method)
+            (m_object.get()->*m_method)(m_argument);
+    }
+
+private:
+    Qv::Ptr<Object> m_object;
+    Method m_method;
+    T m_argument;
+};
+
 // The handler a deferred function is sent to: any event runs the function.
 class FunctionWrapper : public EventHandler {
 public:

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <new>
 
-EventHandler::EventHandler() : m_uniqueID(IdStamp::fresh())
+EventHandler::EventHandler() : uniqueID(IdStamp::fresh())
 {
     Registry& registry = instances();
     CriticalSection::Guard guard(registry.lock);
@@ -17,7 +17,7 @@ EventHandler::EventHandler() : m_uniqueID(IdStamp::fresh())
 // uncounted, so the copy is a new object with the old identity.
 EventHandler::EventHandler(const EventHandler& other)
     : Qv::InternalRefCount(other), iVirtual(other), iObject(other), FilterStackable<Event>(other),
-      m_uniqueID(other.getUniqueID())
+      uniqueID(other.getUniqueID())
 {
 }
 
@@ -54,13 +54,13 @@ int EventHandler::fsFilterThis(const Event& event, void* context)
 IdStamp EventHandler::getUniqueID() const
 {
     CriticalSection::Guard guard(instances().lock);
-    return m_uniqueID;
+    return uniqueID;
 }
 
 void EventHandler::setUniqueID(const IdStamp& stamp)
 {
     CriticalSection::Guard guard(instances().lock);
-    m_uniqueID = stamp;
+    uniqueID = stamp;
 }
 
 bool EventHandler::valid(EventHandler* handler, IdStamp stamp)
@@ -73,7 +73,7 @@ bool EventHandler::valid(EventHandler* handler, IdStamp stamp)
         return false;
     // Registered means its destructor has not yet left the registry, so the
     // stamp is still there to read.
-    return !stamp.valid() || handler->m_uniqueID == stamp;
+    return !stamp.valid() || handler->uniqueID == stamp;
 }
 
 EventHandler::Registry& EventHandler::instances()

@@ -10,7 +10,7 @@
 // Invariants
 // - A handler is in the registry from the end of its constructor to the start
 //   of its destructor; a copy is never registered by copying.
-// - m_uniqueID is written only under the registry lock, so valid() may read
+// - uniqueID is written only under the registry lock, so valid() may read
 //   it from any thread while the handler is registered.
 // - When a handler has left the registry, nothing queued names it: checked
 //   sends look at the registry inside the queue lock, and the destructor
@@ -18,10 +18,10 @@
 
 #include "tela/core/CriticalSection.h"
 #include "tela/core/IdStamp.h"
+#include "tela/core/ItemList.h"
 #include "tela/core/Memory.h"
 #include "tela/core/RefCount.h"
 #include "tela/events/FilterStackable.h"
-#include "tela/events/SortedPointerSet.h"
 
 struct Event;
 
@@ -61,12 +61,7 @@ public:
 
     // The registry of live handlers: an ordered set with its own lock, made on
     // first use and never destroyed, so handlers dying at exit can still leave.
-    // Every deferred action adds, finds and removes its wrapper here, so the
-    // set is one built for cheap lookups rather than a node-based tree.
-    struct Registry {
-        CriticalSection lock;
-        SortedPointerSet<EventHandler*> members;
-    };
+    using Registry = ItemList<EventHandler*>;
     static Registry& instances();
 
 protected:
@@ -75,5 +70,5 @@ protected:
     virtual eResult intercept(const Event& event) { return handleEvent(event); }
 
 private:
-    IdStamp m_uniqueID;
+    IdStamp uniqueID;
 };

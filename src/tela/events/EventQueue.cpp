@@ -145,10 +145,10 @@ Queue& queue()
     return *instance;
 }
 
-Canvas* s_keyboard_focus = nullptr;
-std::atomic<int> s_discard_stale_mouse_events{1};
+Canvas* kbdFocus = nullptr;
+std::atomic<int> discardStaleMouseEvents{1};
 std::atomic<bool> s_initialised{false};
-std::uint32_t s_last_receive_time = 0; // main thread only
+std::uint32_t lastReceiveTime = 0; // main thread only
 
 void ensure_initialised()
 {
@@ -255,8 +255,8 @@ void wake_main_thread()
 
 void event_queue_init()
 {
-    s_discard_stale_mouse_events.store(config_int("discard_stale_mouse_events", 1, INT_MIN, INT_MAX));
-    s_last_receive_time = 0;
+    discardStaleMouseEvents.store(config_int("discard_stale_mouse_events", 1, INT_MIN, INT_MAX));
+    lastReceiveTime = 0;
     s_initialised.store(true, std::memory_order_release);
 }
 
@@ -327,15 +327,15 @@ void event_send_idempotent(Event* event, bool replace)
 Event* event_receive()
 {
     ensure_initialised();
-    if (s_discard_stale_mouse_events.load(std::memory_order_relaxed) != 0) {
+    if (discardStaleMouseEvents.load(std::memory_order_relaxed) != 0) {
         // A gap of three seconds between receives means the main thread
         // stalled: what the mouse did meanwhile is no longer wanted. A gap of
         // seconds needs no finer clock than the system's tick, which is far
         // cheaper to read, and this runs for every event.
         const auto now = static_cast<std::uint32_t>(msecsNowCoarse());
-        if (now - s_last_receive_time > 3000)
+        if (now - lastReceiveTime > 3000)
             event_flush(static_cast<Canvas*>(nullptr), kMouseClass, true);
-        s_last_receive_time = now;
+        lastReceiveTime = now;
     }
 
     Queue& q = queue();
@@ -481,12 +481,12 @@ int event_pending(Canvas* canvas, int mask)
 
 Canvas* event_get_kbd_focus()
 {
-    return s_keyboard_focus;
+    return kbdFocus;
 }
 
 void event_set_kbd_focus(Canvas* canvas)
 {
-    s_keyboard_focus = canvas;
+    kbdFocus = canvas;
 }
 
 std::uint64_t event_queue_steps()

@@ -56,14 +56,14 @@ EventTimeServer& EventTimeServer::instance()
 
 void EventTimeServer::registerForTimeEvents(EventHandler* handler, unsigned interval)
 {
-    if (std::any_of(m_clients.begin(), m_clients.end(), [&](const Client& c) { return c.handler == handler; }))
+    if (std::any_of(clients.begin(), clients.end(), [&](const Client& c) { return c.handler == handler; }))
         return;
-    m_clients.push_back(Client{handler, interval, interval ? registrationTime() : 0, false, false});
+    clients.push_back(Client{handler, interval, interval ? registrationTime() : 0, false, false});
 }
 
 void EventTimeServer::registerForTimeEvent(EventHandler* handler, unsigned delay)
 {
-    m_clients.push_back(Client{handler, delay, registrationTime(), true, false});
+    clients.push_back(Client{handler, delay, registrationTime(), true, false});
 }
 
 std::uint32_t EventTimeServer::registrationTime() const
@@ -72,43 +72,43 @@ std::uint32_t EventTimeServer::registrationTime() const
     // stamped with it would look due by almost 2^32 ms in this very walk,
     // which reaches it. Stamped with the walk's time instead, it waits its
     // interval from this tick like any other.
-    return m_notifying ? m_walk_time : now_ms();
+    return notifying ? m_walk_time : now_ms();
 }
 
 void EventTimeServer::deRegisterForTimeEvents(EventHandler* handler)
 {
     const auto found =
-        std::find_if(m_clients.begin(), m_clients.end(), [&](const Client& c) { return c.handler == handler; });
-    if (found == m_clients.end())
+        std::find_if(clients.begin(), clients.end(), [&](const Client& c) { return c.handler == handler; });
+    if (found == clients.end())
         return;
-    if (m_notifying)
+    if (notifying)
         found->removed = true;
     else
-        m_clients.erase(found);
+        clients.erase(found);
 }
 
 void EventTimeServer::tick()
 {
     const std::uint32_t now = now_ms();
-    if (now - m_last_tick_time < tela_tick_interval())
+    if (now - lastTickTime < tela_tick_interval())
         return;
     notifyClients(now);
     for (const RootWindowRec& row : tela_state().rootWindows)
         if (row.rootCanvas)
             send_canvas_timer_events(row.rootCanvas, now);
-    m_last_tick_time = now;
+    lastTickTime = now;
 }
 
 void EventTimeServer::notifyClients(std::uint32_t now)
 {
-    m_notifying = true;
+    notifying = true;
     m_walk_time = now;
     Event event;
     event.type = kTimerType;
     event.time = now;
     {
         Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());
-        for (auto record = m_clients.begin(); record != m_clients.end();) {
+        for (auto record = clients.begin(); record != clients.end();) {
             // A record deregistered earlier in this walk is not called: its
             // handler may be gone already.
             const bool due = record->interval == 0 || now - record->lastCallTime > record->interval;
@@ -118,10 +118,10 @@ void EventTimeServer::notifyClients(std::uint32_t now)
                 record->lastCallTime = now;
             }
             if (record->removed || (record->oneShot && fire))
-                record = m_clients.erase(record);
+                record = clients.erase(record);
             else
                 ++record;
         }
     }
-    m_notifying = false;
+    notifying = false;
 }

@@ -35,7 +35,7 @@ public:
     void deRegisterForTimeEvents(EventHandler* handler);
     void tick();
 
-    std::size_t clientCount() const { return m_clients.size(); }
+    std::size_t clientCount() const { return clients.size(); }
 
 private:
     struct Client {
@@ -50,8 +50,8 @@ private:
     // The time a new record counts its interval from.
     std::uint32_t registrationTime() const;
 
-    Qv::List<Client> m_clients; // a list: records appended during a walk leave the walk intact
-    std::uint32_t m_last_tick_time = 0;
-    bool m_notifying = false;
+    Qv::List<Client> clients; // a list: records appended during a walk leave the walk intact
+    std::uint32_t lastTickTime = 0;
+    bool notifying = false;
     std::uint32_t m_walk_time = 0; // the `now` of the walk under way
 };

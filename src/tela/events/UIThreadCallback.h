@@ -23,17 +23,17 @@ class UIThreadCallback : public iCallbackBase<int, T>, public EventHandler {
 public:
     using Callback = Qv::Ptr<iCallbackBase<int, T>>;
 
-    UIThreadCallback(const Callback& callback, bool alwaysDefer) : m_callback(callback), m_always_defer(alwaysDefer) {}
+    UIThreadCallback(const Callback& callback, bool alwaysDefer) : callback(callback), alwaysDefer(alwaysDefer) {}
     UIThreadCallback(const Callback& callback, const Callback& existenceCheck, bool alwaysDefer)
-        : m_callback(callback), m_existence_check(existenceCheck), m_always_defer(alwaysDefer)
+        : callback(callback), existenceCheck(existenceCheck), alwaysDefer(alwaysDefer)
     {
     }
 
-    void setDeliveryCondition(const Callback& condition) { m_delivery_condition = condition; }
+    void setDeliveryCondition(const Callback& condition) { deliveryCondition = condition; }
 
     int execute(const T& argument) override
     {
-        if (m_existence_check && m_existence_check->execute(argument) == 0)
+        if (existenceCheck && existenceCheck->execute(argument) == 0)
             return 0;
         if (canExecuteNow())
             return this->executeInternal(argument);
@@ -45,9 +45,9 @@ public:
 
     int executeInternal(const T& argument) override
     {
-        if (m_delivery_condition && m_delivery_condition->execute(argument) == 0)
+        if (deliveryCondition && deliveryCondition->execute(argument) == 0)
             return 0;
-        return m_callback ? m_callback->execute(argument) : 0;
+        return callback ? callback->execute(argument) : 0;
     }
 
     eResult handleEvent(const Event& event) override
@@ -59,7 +59,7 @@ public:
 
 protected:
     // For subclasses that override executeInternal.
-    explicit UIThreadCallback(bool alwaysDefer) : m_always_defer(alwaysDefer) {}
+    explicit UIThreadCallback(bool alwaysDefer) : alwaysDefer(alwaysDefer) {}
 
 private:
     struct DeferredCallback : iObject {
@@ -68,16 +68,25 @@ private:
         T argument;
     };
 
-    bool canExecuteNow() const { return !m_always_defer && co_pid() == 0; }
+    bool canExecuteNow() const { return !alwaysDefer && co_pid() == 0; }
 
-    Callback m_callback;
-    Callback m_existence_check;
-    Callback m_delivery_condition;
-    bool m_always_defer;
+    Callback callback;
+    Callback existenceCheck;
+    Callback deliveryCondition;
+    bool alwaysDefer;
 };
 
 // An existence check for a receiver that is an EventHandler: alive while the
 // handler is registered under the identity it had when the check was made.
+// The same callback under a type of its own, for the background start-up of
+// Tela::Application, so that its notification is told apart from others.
+template <typename T>
+class UIThreadCallbackDupe : public UIThreadCallback<T> {
+public:
+    using typename UIThreadCallback<T>::Callback;
+    UIThreadCallbackDupe(const Callback& callback, bool alwaysDefer) : UIThreadCallback<T>(callback, alwaysDefer) {}
+};
+
 template <typename T>
 class EventHandlerExistenceCheck : public iCallbackBase<int, T> {
 public:

@@ -120,11 +120,11 @@ void tela_setCursor(MouseCursorID id)
         OS()->windowing()->selectCursor(cursor);
 }
 
-void tela_updateMouseCursor()
+void TelaState::updateCursor()
 {
     if (!tela_isMouseContextLogicEnabled())
         return;
-    Canvas* const canvas = tela_getCurrentMouseCanvas();
+    Canvas* const canvas = currentMouseCanvas;
     if (!canvas || !canvas->client) {
         tela_setCursor(kDefaultCursor);
         return;
@@ -132,16 +132,26 @@ void tela_updateMouseCursor()
     tela_setCursor(canvas->client->contextCursor(tela_getMousePos()));
 }
 
+void tela_updateMouseCursor()
+{
+    tela_state().updateCursor();
+}
+
+void Tela::UpdateMouseCursorAction::execute()
+{
+    updateMouseCursor(true);
+}
+
 void Tela::updateMouseCursor(bool immediate)
 {
     if (!immediate) {
-        defer([] { updateMouseCursor(true); });
+        defer(Qv::Ptr<iExecutableAction>(Qv::make<UpdateMouseCursorAction>()));
         return;
     }
     TelaState& state = tela_state();
     if (!state.captureCanvas)
         state.currentMouseCanvas = canvas_pick(tela_rootcanvas(), tela_getMousePos());
-    tela_updateMouseCursor();
+    state.updateCursor();
 }
 
 WString Tela::getIconsDirectory()

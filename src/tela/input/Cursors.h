@@ -8,6 +8,7 @@
 // (CanvasClient::contextCursor), and a pointer over no client gets 16.
 
 #include "tela/core/LightweightString.h"
+#include "tela/events/Deferred.h"
 
 #include <cstdint>
 
@@ -29,6 +30,12 @@ namespace Tela {
 // mouse is captured), then its cursor shown. Otherwise the same is deferred,
 // which is safe on any thread and after changes to the canvas tree.
 void updateMouseCursor(bool immediate);
+
+// The deferred form of updateMouseCursor: runs it immediately, later.
+class UpdateMouseCursorAction final : public iExecutableAction {
+public:
+    void execute() override;
+};
 
 // Where cursor images are looked for; by default "icons" in the settings
 // directory. Ends with a separator.

@@ -76,14 +76,14 @@ void Tela::getMonitorList(Qv::Vector<MonitorInfo>& monitors)
 {
     // Read once (per configuration: tests reload it).
     static unsigned read_in = ~0u;
-    static bool twins = false;
+    static bool virtualTwinMonitors = false;
     if (read_in != Qv::configurationGeneration()) {
         read_in = Qv::configurationGeneration();
-        twins = config_int("virtual_twin_monitors", 0) != 0;
+        virtualTwinMonitors = config_int("virtual_twin_monitors", 0) != 0;
     }
     monitors.clear();
     OS()->systemInfo()->getMonitors(monitors);
-    if (!twins || monitors.empty())
+    if (!virtualTwinMonitors || monitors.empty())
         return;
     // One display standing in for two, split down the middle.
     const Qv::Box<int> whole = monitors.front().screenBox;

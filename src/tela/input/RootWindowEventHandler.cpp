@@ -25,21 +25,8 @@ namespace {
 constexpr int kFocusChannel = 12;
 constexpr int kWindowStateChannel = 13;
 
-// "ExitApp" is never run: the dispatcher looks for keys bound to its name.
-void exit_function() {}
-
 // The result of a handler or filter that asks the application to close.
 constexpr int kCloseApplication = 3;
-
-// Runs the handler's drop delivery on the main thread, keeping the handler alive.
-class DeferredFileDrop final : public iExecutableAction {
-public:
-    explicit DeferredFileDrop(std::function<void()> deliver) : m_deliver(std::move(deliver)) {}
-    void execute() override { m_deliver(); }
-
-private:
-    std::function<void()> m_deliver;
-};
 
 } // namespace
 
@@ -47,7 +34,7 @@ RootWindowEventHandler::RootWindowEventHandler()
 {
     CommandMapRec exit_app;
     exit_app.name = String("ExitApp");
-    exit_app.function = Cmd::Function(exit_function);
+    exit_app.function = Cmd::Function(exitFunction);
     exit_app.presentation = Cmd::Presentation(UIString(10307), UIString(10289), UIString(999999));
     exit_app.flags = 2;
     exit_app.mapItem = MapItem(kExitAppDefaultKey);
@@ -100,7 +87,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
         const ComplexKeyboardEvent key { ev->heldKey, ev->key, ev->keyRepeat };
         KeybindingManager::instance().tryKey(key, isKeyPressEvent(*ev));
     } else if (mouse_event(*ev)) {
-        m_lastMouseTime = u.time;
+        lastMouseTime = u.time;
         // The release may have changed what is under the pointer.
         if (mouse_up_event(*ev))
             Tela::updateMouseCursor(false);
@@ -175,7 +162,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
         } else {
             tela_updateMouseCursor();
         }
-        state.issueNotification(NotifyMsg(String(w.kind == WindowEvent::eFocusGained ? "true" : "false"), kFocusChannel),
+        state.issueNotification(NotifyMsg(BoolAsString(w.kind == WindowEvent::eFocusGained), kFocusChannel),
                                 kFocusChannel);
         break;
     case WindowEvent::eInitialise:
@@ -206,8 +193,8 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const TimerEvent&)
 
 iEventHandler::eRC RootWindowEventHandler::handleEvent(const UnhandledOSEvent& e)
 {
-    const auto found = m_customHandlers.find(e.message);
-    if (found != m_customHandlers.end())
+    const auto found = customHandlers.find(e.message);
+    if (found != customHandlers.end())
         found->second->handleMessage(e.message, e.param1, e.param2);
     return eNotHandled;
 }
@@ -226,17 +213,17 @@ bool RootWindowEventHandler::addCustomEventHandler(std::uint32_t message, WinMsg
 {
     if (!handler)
         return false;
-    return m_customHandlers.emplace(message, handler).second;
+    return customHandlers.emplace(message, handler).second;
 }
 
 void RootWindowEventHandler::removeCustomEventHandler(std::uint32_t message)
 {
-    m_customHandlers.erase(message);
+    customHandlers.erase(message);
 }
 
 void RootWindowEventHandler::setExternalDragDropHandler(const Qv::Ptr<Tela::iExternalDragDropHandler>& handler)
 {
-    m_externalDragDropHandler = handler;
+    externalDragDropHandler = handler;
 }
 
 // Drag reports may come from the platform's drag thread, faster than the
@@ -244,36 +231,38 @@ void RootWindowEventHandler::setExternalDragDropHandler(const Qv::Ptr<Tela::iExt
 // overwrite the last one waiting, so only the latest position counts.
 iEventHandler::eRC RootWindowEventHandler::handleEvent(const FileDragDropEvent& d)
 {
-    if (!m_externalDragDropHandler)
+    if (!externalDragDropHandler)
         return eNotHandled;
-    CriticalSection::Guard guard(m_dropLock);
-    if (!m_pendingDrops.empty()) {
-        m_pendingDrops.back() = d;
+    CriticalSection::Guard guard(dropLock);
+    if (!pendingDrops.empty()) {
+        pendingDrops.back() = d;
         return eNotHandled;
     }
-    m_pendingDrops.push_back(d);
+    pendingDrops.push_back(d);
     if (isMainThread()) {
-        handleFileDrop();
+        handleFileDrop(d);
     } else {
-        const Qv::Ptr<RootWindowEventHandler> self(this);
-        defer(Qv::Ptr<iExecutableAction>(Qv::make<DeferredFileDrop>([self] { self->handleFileDrop(); })));
+        using Delivery = DeferableMethodCallback<RootWindowEventHandler, FileDragDropEvent>;
+        defer(Qv::Ptr<iExecutableAction>(Qv::make<Delivery>(this, &RootWindowEventHandler::handleFileDrop, d)));
     }
     return eNotHandled;
 }
 
-void RootWindowEventHandler::handleFileDrop()
+// Works from pendingDrops, which hold the report it was queued for, or a later
+// one that overwrote it; the argument is only what it was queued with.
+void RootWindowEventHandler::handleFileDrop(const FileDragDropEvent&)
 {
     Qv::Vector<FileDragDropEvent> drops;
     {
-        CriticalSection::Guard guard(m_dropLock);
-        drops.swap(m_pendingDrops);
+        CriticalSection::Guard guard(dropLock);
+        drops.swap(pendingDrops);
     }
-    const Qv::Ptr<Tela::iExternalDragDropHandler> handler = m_externalDragDropHandler;
+    const Qv::Ptr<Tela::iExternalDragDropHandler> handler = externalDragDropHandler;
     if (drops.empty() || !handler)
         return;
     // The platform sends no mouse reports during a drag: the drag moves the
     // library's idea of the pointer instead.
-    m_lastPos = tela_getMousePos();
+    lastPos = tela_getMousePos();
     MouseEvent moved;
     moved.pos = drops.front().pos;
     if (RootCanvas* const root = getRootCanvas())

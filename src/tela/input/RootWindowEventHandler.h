@@ -97,23 +97,27 @@ protected:
     RootCanvas* getRootCanvas();
 
 private:
+    // The function of the "ExitApp" command, which never runs: the dispatcher
+    // looks for keys bound to the command's name.
+    static void exitFunction() {}
+
     bool asksToExit(const Event& event) const;
     void handleWindowClose();
-    void handleFileDrop();
+    void handleFileDrop(const FileDragDropEvent&);
     void publishMouseState(const MouseEvent& libraryEvent);
     void handleMouseOverCanvas(const MouseEvent& m, std::uint32_t distanceFromDown);
     void handleMouseOverNothing(const MouseEvent& m);
 
-    std::uint32_t m_lastMouseTime = 0;
-    Qv::Map<std::uint32_t, WinMsgHandler*> m_customHandlers;
-    XY<int> m_dragDistance;
-    XY<int> m_lastPos;
-    XY<int> m_downPos;
-    Qv::Vector<FileDragDropEvent> m_pendingDrops;
-    CriticalSection m_dropLock;
-    Qv::Ptr<Tela::iExternalDragDropHandler> m_externalDragDropHandler;
-    std::uint32_t m_firstKey = 0;
-    std::uint32_t m_secondKey = 0;
+    std::uint32_t lastMouseTime = 0;
+    Qv::Map<std::uint32_t, WinMsgHandler*> customHandlers;
+    XY<int> dragDistance;
+    XY<int> lastPos;
+    XY<int> downPos;
+    Qv::Vector<FileDragDropEvent> pendingDrops;
+    CriticalSection dropLock;
+    Qv::Ptr<Tela::iExternalDragDropHandler> externalDragDropHandler;
+    std::uint32_t firstKey = 0;
+    std::uint32_t secondKey = 0;
 };
 
 // Feeds a key report to the handler of the first root window, for code that

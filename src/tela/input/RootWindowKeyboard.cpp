@@ -32,12 +32,12 @@ constexpr std::uint32_t kFoldingModifiers = eKeyShift | eKeyControl | eKeyAlt | 
 bool complex_key_repeats()
 {
     static unsigned read_in = 0;
-    static bool repeats = true;
+    static bool complexKeyRepeats = true;
     if (read_in != Qv::configurationGeneration()) {
         read_in = Qv::configurationGeneration();
-        repeats = config_int("complex_key_repeats", 1) != 0;
+        complexKeyRepeats = config_int("complex_key_repeats", 1) != 0;
     }
-    return repeats;
+    return complexKeyRepeats;
 }
 
 // The key code with its modifiers, case-folded so that a binding need not
@@ -63,8 +63,8 @@ std::uint32_t composed_code(const KeyEvent& k)
 
 void RootWindowEventHandler::resetKeyboard()
 {
-    m_firstKey = 0;
-    m_secondKey = 0;
+    firstKey = 0;
+    secondKey = 0;
 }
 
 void RootWindowEventHandler::sendKbdEvent(Canvas* target, std::uint32_t time, std::uint32_t key, std::int32_t extra,
@@ -108,22 +108,22 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const KeyEvent& k)
     Canvas* const focus = event_get_kbd_focus();
 
     if (k.action == KeyEvent::ePress) {
-        if (m_firstKey == composed)
+        if (firstKey == composed)
             resetKeyboard(); // auto-repeat of the first key: a fresh simple press
         if (composed == 0)
             return eNotHandled;
-        if (m_firstKey == 0) {
-            m_firstKey = composed;
+        if (firstKey == 0) {
+            firstKey = composed;
             sendKbdEvent(focus, k.time, composed, 0, nullptr);
             return eNotHandled;
         }
         ComplexKeyboardEvent complex;
-        complex.heldKey = m_firstKey;
-        if (m_secondKey == composed && !complex_key_repeats()) {
-            complex.key = m_secondKey;
+        complex.heldKey = firstKey;
+        if (secondKey == composed && !complex_key_repeats()) {
+            complex.key = secondKey;
             complex.keyRepeat = 1;
         } else {
-            m_secondKey = composed;
+            secondKey = composed;
             complex.key = composed;
         }
         sendKbdEvent(focus, k.time, 0, 0, &complex);
@@ -134,15 +134,15 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const KeyEvent& k)
     ev.canvas = focus;
     ev.time = k.time;
     ev.mouseButtons = getMouseClickState();
-    if (composed != m_secondKey) {
+    if (composed != secondKey) {
         ev.keyCode(composed);
-        m_firstKey = 0;
+        firstKey = 0;
     } else {
-        ev.heldKey = m_firstKey;
-        ev.key = m_secondKey;
+        ev.heldKey = firstKey;
+        ev.key = secondKey;
         ev.keyRepeat = 0;
     }
-    m_secondKey = 0;
+    secondKey = 0;
     event_send(&ev, false);
     return eNotHandled;
 }

@@ -62,8 +62,8 @@ void RootWindowEventHandler::sendMouseEvent(std::uint32_t type, std::uint32_t ti
     ev.partOfChord = state.chordActive;
     ev.mouseButtons = state.clickState;
     ev.screenPos(tela_getMousePos());
-    ev.screenDownPos(m_downPos);
-    ev.distance(m_dragDistance);
+    ev.screenDownPos(downPos);
+    ev.distance(dragDistance);
     event_send(&ev, false);
 }
 
@@ -82,13 +82,13 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const MouseEvent& m)
     if (RootCanvas* const root = getRootCanvas()) {
         MouseEvent local = m;
         local.pos.y = telaScreenYTowin32ScreenY(root, m.pos.y);
-        m_lastPos = tela_getMousePos();
+        lastPos = tela_getMousePos();
         publishMouseState(local);
         state.currentMouseCanvas = state.captureCanvas ? state.captureCanvas : canvas_pick(root, local.pos);
         if (tela_isMouseContextLogicEnabled())
             Tela::MouseContainmentManager::instance().setCurrentCanvas(state.currentMouseCanvas);
         if (state.currentMouseCanvas && state.currentMouseCanvas->parent)
-            handleMouseOverCanvas(local, distance(m_downPos, local.pos));
+            handleMouseOverCanvas(local, distance(downPos, local.pos));
         else
             handleMouseOverNothing(local);
     }
@@ -102,8 +102,8 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
 {
     TelaState& state = tela_state();
     const auto press = [&](std::uint32_t button) {
-        m_downPos = m.pos;
-        m_dragDistance = XY<int>(0, 0);
+        downPos = m.pos;
+        dragDistance = XY<int>(0, 0);
         state.captureCanvas = state.currentMouseCanvas;
         state.clickState |= button;
     };
@@ -176,11 +176,11 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
     case MouseEvent::eMiddleUp: release(0x181, kMiddle); break;
     case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
     case MouseEvent::eMove:
-        if (m.pos == m_lastPos)
+        if (m.pos == lastPos)
             break;
         if (m.heldButtons & 7) {
-            m_dragDistance.x += std::abs(m.pos.x - m_lastPos.x);
-            m_dragDistance.y += std::abs(m.pos.y - m_lastPos.y);
+            dragDistance.x += std::abs(m.pos.x - lastPos.x);
+            dragDistance.y += std::abs(m.pos.y - lastPos.y);
             sendMouseEvent(state.clickState | 0x104, m.time, 0);
         }
         tela_updateMouseCursor();

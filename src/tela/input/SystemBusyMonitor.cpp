@@ -25,8 +25,8 @@ std::unique_ptr<SystemBusyMonitor> s_monitor;
 SystemBusyMonitor::SystemBusyMonitor()
 {
     // The heartbeat resets itself as the monitor takes it; the stop stays set.
-    OS()->threading()->createEvent(m_heartbeatEvent, false, true, WString());
-    OS()->threading()->createEvent(m_stopEvent, true, false, WString());
+    OS()->threading()->createEvent(heartbeatEvent, false, true, WString());
+    OS()->threading()->createEvent(stopEvent, true, false, WString());
 }
 
 bool SystemBusyMonitor::start(int timeoutMs)
@@ -40,15 +40,15 @@ bool SystemBusyMonitor::start(int timeoutMs)
     if (!s_monitor)
         s_monitor = std::make_unique<SystemBusyMonitor>();
     SystemBusyMonitor* monitor = s_monitor.get();
-    if (monitor->m_thread)
+    if (monitor->thread)
         return false;
-    monitor->m_timeoutMs = timeoutMs < 1 ? kDefaultTimeoutMs : timeoutMs;
+    monitor->timeoutMs = timeoutMs < 1 ? kDefaultTimeoutMs : timeoutMs;
     iThreadingService::ThreadStartArgs args;
-    args.procedure = &SystemBusyMonitor::watch;
+    args.procedure = &SystemBusyMonitor::SystemBusyMonitorThreadProc;
     args.argument = monitor;
     args.name = WString(u"SystemBusyMonitor");
-    OS()->threading()->createThread(monitor->m_thread, args);
-    return static_cast<bool>(monitor->m_thread);
+    OS()->threading()->createThread(monitor->thread, args);
+    return static_cast<bool>(monitor->thread);
 }
 
 bool SystemBusyMonitor::stop()
@@ -60,11 +60,11 @@ bool SystemBusyMonitor::stop()
     }
     if (!monitor)
         return false;
-    const bool was_running = static_cast<bool>(monitor->m_thread);
-    if (monitor->m_stopEvent)
-        monitor->m_stopEvent->set();
-    if (monitor->m_thread)
-        monitor->m_thread->join();
+    const bool was_running = static_cast<bool>(monitor->thread);
+    if (monitor->stopEvent)
+        monitor->stopEvent->set();
+    if (monitor->thread)
+        monitor->thread->join();
     return was_running;
 }
 
@@ -73,23 +73,23 @@ bool SystemBusyMonitor::heartbeat()
     // The watchdog hears every beat, also while no monitor runs.
     SystemWatchdog::heartbeat();
     std::lock_guard lock(s_mutex);
-    if (!s_monitor || !s_monitor->m_thread || !s_monitor->m_heartbeatEvent)
+    if (!s_monitor || !s_monitor->thread || !s_monitor->heartbeatEvent)
         return false;
-    s_monitor->m_heartbeatEvent->set();
+    s_monitor->heartbeatEvent->set();
     return true;
 }
 
-iThread::eExecRC SystemBusyMonitor::watch(void* argument)
+iThread::eExecRC SystemBusyMonitor::SystemBusyMonitorThreadProc(void* argument)
 {
     auto* monitor = static_cast<SystemBusyMonitor*>(argument);
     Qv::Vector<Qv::Ptr<iWaitableEvent>> events;
-    events.push_back(monitor->m_heartbeatEvent);
-    events.push_back(monitor->m_stopEvent);
+    events.push_back(monitor->heartbeatEvent);
+    events.push_back(monitor->stopEvent);
     bool busy = false;
     for (;;) {
         std::size_t index = 0;
         const auto status = OS()->threading()->waitForEvents(index, events, false,
-                                                             static_cast<std::uint32_t>(monitor->m_timeoutMs));
+                                                             static_cast<std::uint32_t>(monitor->timeoutMs));
         if (status == iThreadingService::eTimedOut) {
             busy = true;
             tela_setCursor(kBusyCursor);

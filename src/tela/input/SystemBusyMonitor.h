@@ -27,10 +27,10 @@ public:
     SystemBusyMonitor& operator=(const SystemBusyMonitor&) = delete;
 
 private:
-    static iThread::eExecRC watch(void* monitor);
+    static iThread::eExecRC SystemBusyMonitorThreadProc(void* monitor);
 
-    Qv::Ptr<iThread> m_thread;
-    Qv::Ptr<iWaitableEvent> m_stopEvent;
-    Qv::Ptr<iWaitableEvent> m_heartbeatEvent;
-    int m_timeoutMs = -1;
+    Qv::Ptr<iThread> thread;
+    Qv::Ptr<iWaitableEvent> stopEvent;
+    Qv::Ptr<iWaitableEvent> heartbeatEvent;
+    int timeoutMs = -1;
 };

@@ -43,6 +43,10 @@ class TelaState : public Notifier {
 public:
     TelaState();
 
+    // Shows the cursor the client of currentMouseCanvas names for the mouse
+    // position, or the default cursor over no client. Main thread.
+    void updateCursor();
+
     Canvas* captureCanvas = nullptr;      // the canvas holding the mouse
     std::uint32_t clickState = 0;
     bool chordActive = false;             // from a chord until every button is up
