@@ -19,6 +19,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 RegionPtr rect(int left, int top, int right, int bottom)
@@ -255,4 +257,37 @@ TEST_F(CanvasGeometry, exposing_marks_what_lies_beneath_and_nothing_above)
         canvas_expose(top, rect(130, 30, 140, 40));
         EXPECT_TRUE(covers(holder->updateRegion(), 135, 35));
     }
+}
+
+TEST_F(CanvasGeometry, a_copied_canvas_takes_every_field_but_has_a_lock_of_its_own)
+{
+    Canvas* c = placed(root, 10, 10, 50, 50);
+    c->stickyId = 3;
+    c->setOpacity(0.25);
+    c->incRevision();
+    const int alive = tela_live_canvas_count();
+    {
+        Canvas copy(*c);
+        EXPECT_EQ(tela_live_canvas_count(), alive + 1);
+        EXPECT_EQ(copy.parent, root);
+        EXPECT_EQ(copy.id, c->id);
+        EXPECT_EQ(copy.matrix[1][2], c->matrix[1][2]);
+        EXPECT_EQ(copy.stickyId, 3);
+        EXPECT_EQ(copy.getOpacity(), 0.25);
+        EXPECT_EQ(copy.getRevision(), 1);
+        EXPECT_EQ(copy.shape().get(), c->shape().get()); // shared, counted
+        EXPECT_EQ(copy.offscreenBuffer.get(), c->offscreenBuffer.get());
+
+        // The original's lock, held elsewhere, does not hold the copy.
+        CriticalSection::Guard held(c->lock);
+        bool entered = false;
+        std::thread other([&] {
+            entered = copy.lock.tryEnter();
+            if (entered)
+                copy.lock.leave();
+        });
+        other.join();
+        EXPECT_TRUE(entered);
+    }
+    EXPECT_EQ(tela_live_canvas_count(), alive);
 }
