@@ -7,6 +7,7 @@
 
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
+#include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/RootCanvas.h"
@@ -33,6 +34,7 @@ struct Scene {
         args.size = {kWidth, kHeight};
         root = tela_createRootCanvas(args);
         // A 10x5 grid of opaque canvases covering the window, as panels do.
+        Tela::UpdateDeferrer deferrer(nullptr, true);
         const int columns = 10, rows = 5;
         const int w = kWidth / columns, h = kHeight / rows;
         for (int row = 0; row < rows; ++row)
@@ -51,8 +53,7 @@ struct Scene {
     Canvas* add(int left, int top, int width, int height, std::uint32_t argb)
     {
         Canvas* c = tela_newcanvas(nullptr, root);
-        c->shape(region_mkrect(TopDownRect{left, top, left + width, top + height}));
-        c->reshape({width, height});
+        tela_placecanvas(c, TopDownRect{left, top, left + width, top + height});
         Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(argb);
         return c;
     }

@@ -69,13 +69,7 @@ Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colo
               CanvasClient* client = nullptr)
 {
     Canvas* c = tela_newcanvas(client, parent);
-    c->matrix[0][2] = left;
-    c->matrix[1][2] = kHeight - top - height;
-    c->inverseMatrix[0][2] = -left;
-    c->inverseMatrix[1][2] = -(kHeight - top - height);
-    c->shape(outline ? region_translate(outline, left, -top)
-                     : region_mkrect(TopDownRect{left, top, left + width, top + height}));
-    c->reshape({width, height});
+    tela_placecanvas(c, TopDownRect{left, top, left + width, top + height}, outline);
     fill(c, colour);
     return c;
 }

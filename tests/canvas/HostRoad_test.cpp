@@ -42,13 +42,8 @@ Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::u
                 RegionPtr shape = {}, bool lightweight = false)
 {
     Canvas* c = tela_newcanvas(nullptr, parent);
-    c->matrix[0][2] = left;
-    c->matrix[1][2] = kHeight - top - height;
-    c->inverseMatrix[0][2] = -left;
-    c->inverseMatrix[1][2] = -(kHeight - top - height);
-    c->shape(shape ? region_translate(shape, left, -top) : region_mkrect(TopDownRect{left, top, left + width, top + height}));
-    c->lightweight = lightweight ? 1 : 0;
-    c->reshape({width, height});
+    c->lightweight = lightweight ? 1 : 0; // first, so that it gets no buffer of its own
+    tela_placecanvas(c, TopDownRect{left, top, left + width, top + height}, shape);
     tela_setcanvas(c);
     // Packed colours hold red in the low byte.
     tela_setcolour(static_cast<int>((argb >> 16 & 255) | (argb & 0xFF00) | (argb & 255) << 16));

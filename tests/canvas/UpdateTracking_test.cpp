@@ -403,8 +403,8 @@ TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places
 {
     Canvas* a = child(root, 10, 10, 60, 60, kRed);
     Canvas* inner = child(a, 20, 20, 30, 30, kGreen);
-    a->matrix[0][2] = 10;
-    inner->matrix[0][2] = 20;
+    tela_placecanvas(a, TopDownRect{10, 10, 60, 60});
+    tela_placecanvas(inner, TopDownRect{20, 20, 30, 30});
     tela_display_dirty_regions(nullptr);
     root->updateRegion(nullptr);
     canvupd_mark_all(root);
@@ -574,8 +574,7 @@ TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_throug
 TEST_F(WindowFixture, tiles_and_reads_back_go_through_the_canvas_coordinates)
 {
     Canvas* c = child(root, 10, 10, 40, 30, kBlue);
-    c->matrix[0][2] = 10; // placed where its shape is: 10 from the left, 70 up
-    c->matrix[1][2] = 70;
+    tela_placecanvas(c, TopDownRect{10, 10, 40, 30}); // where its shape is: 10 from the left, 70 up
     Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({3, 1});
     const std::uint32_t stripes[3] = {kRed, kGreen, kBlue};
     std::memcpy(tile->data(), stripes, sizeof stripes);

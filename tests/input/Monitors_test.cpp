@@ -114,22 +114,17 @@ TEST(Coordinates, points_go_into_the_buffer_they_are_drawn_in)
     RootCanvas* root = tela_createRootCanvas(args);
     ASSERT_NE(root, nullptr);
     Canvas* panel = tela_newcanvas(nullptr, root);
-    panel->matrix[0][2] = 20; // 20 from the left, 30 from the bottom, 50 x 40
-    panel->matrix[1][2] = 30;
-    panel->shape(region_mkrect(TopDownRect{20, 30, 70, 70}));
+    tela_placecanvas(panel, TopDownRect{20, 30, 70, 70}); // 20 from the left, 30 from the bottom, 50 x 40
     Canvas* unbuffered = tela_newcanvas(nullptr, panel);
     EXPECT_EQ(telaPosToOSPos(unbuffered, {7, 9}, Tela::eBottomUp), (XY<int>{7, 9})); // as given, unflipped
 
-    panel->reshape({50, 40});
     EXPECT_EQ(telaPosToOSPos(panel, {0, 0}, Tela::eBottomUp), (XY<int>{0, 40})); // bottom-left corner
     EXPECT_EQ(telaPosToOSPos(panel, {5, 10}, Tela::eTopDown), (XY<int>{5, 10}));
     EXPECT_EQ(tela_canvasRectToRootRect(panel, Qv::Box<int>{0, 0, 50, 40}), (TopDownRect{20, 30, 70, 70}));
 
     Canvas* inner = tela_newcanvas(nullptr, panel);
     inner->lightweight = 1;
-    inner->matrix[0][2] = 30; // 10 into the panel, 5 up from its bottom
-    inner->matrix[1][2] = 35;
-    inner->shape(region_mkrect(TopDownRect{30, 55, 40, 65}));
+    tela_placecanvas(inner, TopDownRect{30, 55, 40, 65}); // 10 into the panel, 5 up from its bottom
     EXPECT_EQ(telaLightweightCanvasOffset(nullptr, Tela::eBottomUp), (XY<int>{-1, -1}));
     EXPECT_EQ(telaLightweightCanvasOffset(panel, Tela::eBottomUp), (XY<int>{0, 0}));
     EXPECT_EQ(telaLightweightCanvasOffset(inner, Tela::eBottomUp), (XY<int>{10, 5}));

@@ -45,6 +45,16 @@ Canvas::Canvas(const Canvas& other) : Qv::InternalRefCount(other), iVirtual(othe
     ++s_live_canvases;
 }
 
+// Member-wise: every field but `lock`, which guards this canvas's own buffer
+// and so cannot be shared or copied. The compiler cannot write this for us
+// because of that one field, so a field added to Canvas would be dropped here
+// without a word: the size below stops the build instead. When it fires, copy
+// the new field here (or say here why a copy must not take it), then update
+// the number. It is the size on 64-bit Linux with libstdc++, where we build.
+#if defined(__LP64__) && defined(__GLIBCXX__)
+static_assert(sizeof(Canvas) == 488, "Canvas changed: copy the new field in Canvas::operator=, then update this size");
+#endif
+
 Canvas& Canvas::operator=(const Canvas& other)
 {
     if (this == &other)

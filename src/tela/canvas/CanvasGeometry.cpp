@@ -7,6 +7,7 @@
 #include "tela/canvas/Mapping.h"
 #include "tela/canvas/PixelCopy.h"
 #include "tela/canvas/UpdateTracking.h"
+#include "tela/core/Log.h"
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
@@ -114,9 +115,7 @@ Qv::Box<int> clipRectToLightweightCanvas(const Qv::Box<int>& box, Canvas* canvas
     Qv::Box<int> clipped{box.x1 + origin.x, box.y1 + origin.y, box.x2 + origin.x, box.y2 + origin.y};
     int steps_left = canvas_walk_limit();
     for (Canvas* c = canvas; c && c->shape() && !c->isRoot() && steps_left-- > 0; c = c->parent) {
-        const Qv::Box<int> extents = c->getExtents();
-        clipped = {std::max(clipped.x1, extents.x1), std::max(clipped.y1, extents.y1),
-                   std::min(clipped.x2, extents.x2), std::min(clipped.y2, extents.y2)};
+        clipped.intersect(c->getExtents());
         if (clipped.width() <= 0 || clipped.height() <= 0)
             break;
     }
@@ -161,6 +160,28 @@ int tela_reshapeaddchildren(Canvas* canvas)
     double matrix[3][3];
     std::memcpy(matrix, canvas->matrix, sizeof matrix);
     return apply_shape(canvas, united, matrix);
+}
+
+int tela_placecanvas(Canvas* canvas, const TopDownRect& rect, const Qv::Ptr<iRegion>& outline)
+{
+    if (!canvas)
+        return 0;
+    if (!canvas->parent) {
+        // A root's shape is its window's; a loose canvas has no window to be placed in.
+        tela_splat("tela_placecanvas: the canvas has no parent\n");
+        return 0;
+    }
+    if (rect.isEmpty()) {
+        tela_splat("tela_placecanvas: empty rectangle\n");
+        return 0;
+    }
+    // The matrix counts y up from the window's bottom edge, the rectangle down from its top.
+    const int bottom_up_y = telaScreenYTowin32ScreenY(canvas->getRootParent(), rect.bottom);
+    const double matrix[3][3] = {{1, 0, static_cast<double>(rect.left)},
+                                 {0, 1, static_cast<double>(bottom_up_y)},
+                                 {0, 0, 1}};
+    const RegionPtr shape = outline ? region_translate(outline, rect.left, -rect.top) : region_mkrect(rect);
+    return apply_shape(canvas, shape, matrix);
 }
 
 void tela_translatecanvas(Canvas* canvas, int dx, int dy)

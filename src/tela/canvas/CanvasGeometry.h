@@ -25,6 +25,15 @@ void tela_rescalecanvas(Canvas* canvas);
 int tela_reshapecanvas(Canvas* canvas, Qv::Ptr<iRegion> region);
 // The shape becomes the union of the canvas's own and its children's.
 int tela_reshapeaddchildren(Canvas* canvas);
+// Places a connected canvas at `rect`, in window coordinates (top-down, as
+// shapes are): the matrix takes the canvas's origin to the rectangle's
+// bottom-left corner, the shape becomes the rectangle, or `outline` (given in
+// the rectangle's own top-down coordinates, 0, 0 at its top-left) moved there,
+// and a heavyweight canvas gets a buffer the size of the shape's box. A mapped
+// canvas has its old and new areas repainted, as with any reshape. 1 when
+// placed; 0 for null, and 0 with a report for a canvas without a parent or an
+// empty rectangle, which are left as they were.
+int tela_placecanvas(Canvas* canvas, const TopDownRect& rect, const Qv::Ptr<iRegion>& outline = {});
 
 void tela_translatecanvas(Canvas* canvas, int dx, int dy);
 // Moves the canvas and the other members of its sticky group.

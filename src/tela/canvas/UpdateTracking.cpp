@@ -82,11 +82,6 @@ long mark_see_through_from(Canvas* from, const RegionPtr& region)
     return looked_at;
 }
 
-bool boxes_meet(const Qv::Box<int>& a, const Qv::Box<int>& b)
-{
-    return std::max(a.x1, b.x1) < std::min(a.x2, b.x2) && std::max(a.y1, b.y1) < std::min(a.y2, b.y2);
-}
-
 // Where the children of one root lie, so that the see-through pass of a mark
 // looks only at the younger siblings whose boxes meet the damage. A mark on a
 // canvas whose box misses the damage records nothing and prints nothing, so
@@ -207,9 +202,7 @@ private:
             if (child->shape())
                 child->shape()->getBox(entry.box);
             if (!entry.box.isEmpty()) {
-                m_area = any ? Qv::Box<int>{std::min(m_area.x1, entry.box.x1), std::min(m_area.y1, entry.box.y1),
-                                            std::max(m_area.x2, entry.box.x2), std::max(m_area.y2, entry.box.y2)}
-                             : entry.box;
+                m_area = any ? m_area.united(entry.box) : entry.box;
                 any = true;
                 widths += entry.box.width();
                 heights += entry.box.height();
@@ -293,13 +286,13 @@ private:
     void find(int first, const Qv::Box<int>& damage)
     {
         m_found.clear();
-        if (m_columns == 0 || !boxes_meet(damage, m_area))
+        if (m_columns == 0 || !damage.intersects(m_area))
             return;
         const Cells cells = cells_of(damage);
         if (2 * cells.columns() * cells.rows() >= m_columns * m_rows) {
             // Most of the grid: straight through the family is cheaper.
             for (std::size_t at = static_cast<std::size_t>(first); at < m_entries.size(); ++at)
-                if (boxes_meet(m_entries[at].box, damage) && !m_entries[at].canvas->isOpaque())
+                if (m_entries[at].box.intersects(damage) && !m_entries[at].canvas->isOpaque())
                     m_found.push_back(static_cast<int>(at));
             return;
         }
@@ -310,7 +303,7 @@ private:
                 auto at = std::partition_point(m_placed.begin() + m_cell_start[static_cast<std::size_t>(cell)], end,
                                                [first](const Placed& placed) { return placed.at < first; });
                 for (; at != end; ++at) {
-                    if (!boxes_meet(at->box, damage) || std::max<int>(at->column1, cells.column1) != column ||
+                    if (!at->box.intersects(damage) || std::max<int>(at->column1, cells.column1) != column ||
                         std::max<int>(at->row1, cells.row1) != row)
                         continue;
                     if (!m_entries[static_cast<std::size_t>(at->at)].canvas->isOpaque())

@@ -40,13 +40,12 @@ void tela_wipecanvas()
     const NormalisedRGB colour((packed & 255) / 255.0f, ((packed >> 8) & 255) / 255.0f,
                                ((packed >> 16) & 255) / 255.0f, 1.0f);
     renderer->setClip(in_buffer);
-    const RectDescription fill(TopDownRect{box.x1, box.y1, box.x2, box.y2}, colour);
+    const RectDescription fill(box.toTopDownRectUnflipped(), colour); // a buffer's box, top-down already
     renderer->drawRects(&fill, 1);
     renderer = nullptr;
 
     // The damage is where the pixels show: the area's box in the window.
     Qv::Box<int> window_box;
     area->getBox(window_box);
-    canvupd_mark_region_exact(owner, region_mkrect(TopDownRect{window_box.x1, window_box.y1, window_box.x2, window_box.y2}),
-                              true, true);
+    canvupd_mark_region_exact(owner, region_mkrect(window_box.toTopDownRectUnflipped()), true, true);
 }

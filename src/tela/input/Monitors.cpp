@@ -65,11 +65,6 @@ Qv::Box<int> window_rectangle(const Qv::Ptr<iRootWindow>& window)
     return Qv::Box<int>{position.x, position.y, position.x + size.x, position.y + size.y};
 }
 
-Qv::Box<int> overlap(const Qv::Box<int>& a, const Qv::Box<int>& b)
-{
-    return Qv::Box<int>{std::max(a.x1, b.x1), std::max(a.y1, b.y1), std::min(a.x2, b.x2), std::min(a.y2, b.y2)};
-}
-
 } // namespace
 
 void Tela::getMonitorList(Qv::Vector<MonitorInfo>& monitors)
@@ -147,12 +142,8 @@ XY<int> tela_getDesktopDimensions()
     if (monitors.empty())
         return {};
     Qv::Box<int> all = monitors.front().desktopBox;
-    for (const MonitorInfo& monitor : monitors) {
-        all.x1 = std::min(all.x1, monitor.desktopBox.x1);
-        all.y1 = std::min(all.y1, monitor.desktopBox.y1);
-        all.x2 = std::max(all.x2, monitor.desktopBox.x2);
-        all.y2 = std::max(all.y2, monitor.desktopBox.y2);
-    }
+    for (const MonitorInfo& monitor : monitors)
+        all.unite(monitor.desktopBox);
     return XY<int>(std::abs(all.width()), std::abs(all.height()));
 }
 
@@ -205,7 +196,7 @@ Qv::Box<int> tela_getMouseDesktop(Canvas* canvas)
     const Qv::Box<int> window{box.x1 + position.x, box.y1 + position.y, box.x2 + position.x, box.y2 + position.y};
     const XY<int> mouse = tela_getMousePos();
     const Qv::Box<int> common =
-        overlap(window, tela_getScreenContainingPos(XY<int>(mouse.x + position.x, mouse.y + position.y)));
+        window.intersected(tela_getScreenContainingPos(XY<int>(mouse.x + position.x, mouse.y + position.y)));
     if (common.isEmpty())
         return {};
     return Qv::Box<int>{0, 0, common.width(), common.height()};
@@ -255,7 +246,7 @@ XY<int> tela_getPosForPanel(Canvas* canvas, const XY<int>& size)
     const XY<int> mouse = tela_getMousePos();
     const ScreenContaining screen = screen_containing(XY<int>(mouse.x + window.x1, mouse.y + window.y1));
     const Qv::Box<int> screen_box = screen.monitor.screenBox;
-    const Qv::Box<int> common = overlap(screen_box, window);
+    const Qv::Box<int> common = screen_box.intersected(window);
     if (common.isEmpty())
         return pos;
     if (common.width() > size.x) {

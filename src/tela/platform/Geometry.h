@@ -24,6 +24,19 @@ struct XY {
 
 namespace Qv {
 
+template <typename T>
+struct Rectangle {
+    T left {};
+    T top {};
+    T right {};
+    T bottom {};
+
+    constexpr T width() const { return right - left; }
+    constexpr T height() const { return bottom - top; }
+    constexpr bool isEmpty() const { return right <= left || bottom <= top; }
+    constexpr bool operator==(const Rectangle& other) const = default;
+};
+
 struct BottomUpTraits {};
 
 template <typename T, typename Traits = BottomUpTraits>
@@ -37,19 +50,52 @@ struct Box {
     constexpr T height() const { return y2 - y1; }
     constexpr bool isEmpty() const { return x2 <= x1 || y2 <= y1; }
     constexpr bool operator==(const Box& other) const = default;
-};
 
-template <typename T>
-struct Rectangle {
-    T left {};
-    T top {};
-    T right {};
-    T bottom {};
+    // The part both boxes cover. Boxes that only touch or miss give an empty
+    // box, which may be inverted (x2 < x1): ask isEmpty(), not the corners.
+    constexpr void intersect(const Box& other)
+    {
+        x1 = x1 < other.x1 ? other.x1 : x1;
+        y1 = y1 < other.y1 ? other.y1 : y1;
+        x2 = other.x2 < x2 ? other.x2 : x2;
+        y2 = other.y2 < y2 ? other.y2 : y2;
+    }
+    [[nodiscard]] constexpr Box intersected(const Box& other) const
+    {
+        Box result = *this;
+        result.intersect(other);
+        return result;
+    }
+    // True when the boxes share at least one pixel; touching edges share none.
+    constexpr bool intersects(const Box& other) const { return !intersected(other).isEmpty(); }
 
-    constexpr T width() const { return right - left; }
-    constexpr T height() const { return bottom - top; }
-    constexpr bool isEmpty() const { return right <= left || bottom <= top; }
-    constexpr bool operator==(const Rectangle& other) const = default;
+    // The smallest box covering both. An empty box covers nothing and adds
+    // nothing: the union of an empty box and `other` is `other`.
+    constexpr void unite(const Box& other)
+    {
+        if (other.isEmpty())
+            return;
+        if (isEmpty()) {
+            *this = other;
+            return;
+        }
+        x1 = other.x1 < x1 ? other.x1 : x1;
+        y1 = other.y1 < y1 ? other.y1 : y1;
+        x2 = x2 < other.x2 ? other.x2 : x2;
+        y2 = y2 < other.y2 ? other.y2 : y2;
+    }
+    [[nodiscard]] constexpr Box united(const Box& other) const
+    {
+        Box result = *this;
+        result.unite(other);
+        return result;
+    }
+
+    // The same four numbers as left, top, right and bottom, with no flip: for
+    // boxes that already hold window coordinates, as iRegion::getBox gives
+    // them. A bottom-up box goes top-down through the root's height
+    // (telaScreenYTowin32ScreenY), never through this.
+    constexpr Rectangle<T> toTopDownRectUnflipped() const { return {x1, y1, x2, y2}; }
 };
 
 } // namespace Qv

@@ -15,12 +15,6 @@ Qv::Box<int> box_of(const RegionPtr& r)
     return box;
 }
 
-// The overlap of two boxes; empty when they only touch or miss.
-Qv::Box<int> box_intersection(const Qv::Box<int>& a, const Qv::Box<int>& b)
-{
-    return {std::max(a.x1, b.x1), std::max(a.y1, b.y1), std::min(a.x2, b.x2), std::min(a.y2, b.y2)};
-}
-
 } // namespace
 
 RegionPtr region_mkrect(const Qv::Rectangle<int>& rect)
@@ -64,7 +58,7 @@ RegionPtr region_intersect(const RegionPtr& a, const RegionPtr& b)
     if (!a || !b)
         return nullptr;
     // Most pairs in a dirty-region walk do not meet: settle those on the boxes.
-    if (box_intersection(box_of(a), box_of(b)).isEmpty())
+    if (!box_of(a).intersects(box_of(b)))
         return nullptr;
     RegionPtr result;
     a->intersected(result, b);
@@ -108,17 +102,17 @@ bool region_bbx_overlap(const RegionPtr& a, const RegionPtr& b)
 {
     if (!a || !b)
         return false;
-    return !box_intersection(box_of(a), box_of(b)).isEmpty();
+    return box_of(a).intersects(box_of(b));
 }
 
 RegionPtr region_bbx_intersect(const RegionPtr& a, const RegionPtr& b)
 {
     if (!a || !b)
         return nullptr;
-    const Qv::Box<int> overlap = box_intersection(box_of(a), box_of(b));
+    const Qv::Box<int> overlap = box_of(a).intersected(box_of(b));
     if (overlap.isEmpty())
         return nullptr;
-    return region_mkrect(Qv::Rectangle<int>{overlap.x1, overlap.y1, overlap.x2, overlap.y2});
+    return region_mkrect(overlap.toTopDownRectUnflipped()); // region boxes are window boxes already
 }
 
 RegionPtr region_grow(const RegionPtr& r, int, int)
