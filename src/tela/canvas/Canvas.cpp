@@ -327,7 +327,7 @@ void Canvas::display(Qv::Ptr<iGraphicPrimitivesRenderer>& target)
                                            static_cast<float>(box.x2), static_cast<float>(box.y2)};
     if (opacity != 1.0 && m_shape->isRectangular()) {
         ShaderRectDescription blend;
-        blend.shader = tela_shader(0);
+        blend.shader = tela_shader(Tela::Shader::InFront);
         blend.inputs.push_back(ShaderInput(offscreenBuffer, source));
         blend.rect = destination;
         blend.addParam(String("Opacity"), static_cast<float>(opacity));

@@ -174,8 +174,8 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
     // The rounded shapes are drawn by shaders on a composited window; finding
     // them now keeps the first frame from stalling on it.
     if (window->displayLocation() == iImageBase::eGPU) {
-        tela_shader(4);
-        tela_shader(5);
+        tela_shader(Tela::Shader::RoundedRectangle);
+        tela_shader(Tela::Shader::Ellipse);
     }
     // The first whole-window paint: a new window's frame is empty, and not
     // every platform asks for a paint when it first shows. On the host road
