@@ -3,6 +3,7 @@
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/Coordinates.h"
 #include "tela/state/TelaState.h"
 #include "tela/platform/GraphicPrimitives.h"
@@ -288,7 +289,7 @@ void Canvas::releaseRenderers()
 
 iImageBase::eLocation Canvas::getOffscreenBufferLocation() const
 {
-    return window ? window->displayLocation() : iImageBase::eHostMemory;
+    return tela_image_location(tela_display_road(this));
 }
 
 Qv::Ptr<iPixelGuard> Canvas::lockPixels()

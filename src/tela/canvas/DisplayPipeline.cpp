@@ -5,6 +5,7 @@
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasWalk.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/platform/GraphicPrimitives.h"
@@ -66,7 +67,7 @@ void display_dirty_regions(Canvas* root, Canvas* canvas)
     if (!root || !root->window)
         return;
     Canvas* start = canvas ? canvas : root;
-    if (root->window->displayLocation() != iImageBase::eHostMemory)
+    if (tela_display_road(root) == DisplayRoad::Composited)
         invalidate_dirty(root, start);
     else
         flush_dirty(root, start);
