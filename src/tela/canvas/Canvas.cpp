@@ -3,6 +3,8 @@
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/Composition.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/Coordinates.h"
 #include "tela/state/TelaState.h"
 #include "tela/platform/GraphicPrimitives.h"
@@ -298,7 +300,7 @@ void Canvas::releaseRenderers()
 
 iImageBase::eLocation Canvas::getOffscreenBufferLocation() const
 {
-    return window ? window->displayLocation() : iImageBase::eHostMemory;
+    return tela_image_location(tela_display_road(this));
 }
 
 Qv::Ptr<iPixelGuard> Canvas::lockPixels()
@@ -326,30 +328,5 @@ void Canvas::display(Qv::Ptr<iGraphicPrimitivesRenderer>& target)
         return;
     if (client && client->display(target))
         return; // the client painted itself
-    if (!offscreenBuffer)
-        return;
-    Qv::Box<int> box;
-    m_shape->getBox(box);
-    XY<int> size;
-    offscreenBuffer->getSize(size);
-    const Qv::Rectangle<float> source{0, 0, static_cast<float>(size.x), static_cast<float>(size.y)};
-    const Qv::Rectangle<float> destination{static_cast<float>(box.x1), static_cast<float>(box.y1),
-                                           static_cast<float>(box.x2), static_cast<float>(box.y2)};
-    if (opacity != 1.0 && m_shape->isRectangular()) {
-        ShaderRectDescription blend;
-        blend.shader = tela_shader(0);
-        blend.inputs.push_back(ShaderInput(offscreenBuffer, source));
-        blend.rect = destination;
-        blend.addParam(String("Opacity"), static_cast<float>(opacity));
-        blend.active = true;
-        target->setClip(nullptr);
-        target->drawShaderRects(&blend, 1);
-        return;
-    }
-    // A shaped canvas cannot go through the shader: its opacity is not
-    // applied on this road.
-    ImageDescriptionEx image(offscreenBuffer, source, destination);
-    image.enabled = useAlphaChannel;
-    target->setClip(useAlphaChannel ? Qv::Ptr<iRegion>() : m_shape);
-    target->drawImagesEx(&image, 1);
+    tela_compose_canvas(this, target, XY<int>(0, 0), DisplayRoad::Composited);
 }

@@ -5,6 +5,8 @@
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasWalk.h"
+#include "tela/canvas/Composition.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/platform/GraphicPrimitives.h"
@@ -66,7 +68,7 @@ void display_dirty_regions(Canvas* root, Canvas* canvas)
     if (!root || !root->window)
         return;
     Canvas* start = canvas ? canvas : root;
-    if (root->window->displayLocation() != iImageBase::eHostMemory)
+    if (tela_display_road(root) == DisplayRoad::Composited)
         invalidate_dirty(root, start);
     else
         flush_dirty(root, start);
@@ -77,12 +79,18 @@ TopDownRect moved(const Qv::Box<int>& box, const XY<int>& by)
     return {box.x1 + by.x, box.y1 + by.y, box.x2 + by.x, box.y2 + by.y};
 }
 
-// Draws the buffers of `canvas` and its heavyweight descendants, oldest first,
-// into `renderer`, whose origin is at window point `origin`.
+// Lays `canvas` and its heavyweight descendants, oldest first, over
+// `renderer`, whose origin is at window point `origin`, as the window's road
+// shows them.
 void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const XY<int>& origin,
-                     const Qv::Box<int>& window_box)
+                     const Qv::Box<int>& window_box, DisplayRoad road)
 {
     if (!canvas->mapped || !canvas->shape())
+        return;
+    // A frame leaves out a canvas that younger siblings cover wholly, with all
+    // on it, even where those siblings are translucent; a copy of the frame
+    // must leave out the same.
+    if (road == DisplayRoad::Composited && !canvas->visibleRegion())
         return;
     Qv::Box<int> shape_box;
     canvas->shape()->getBox(shape_box);
@@ -91,20 +99,11 @@ void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& render
     if (!touches)
         return;
     if (!canvas->lightweight && canvas->offscreenBuffer) {
-        // A shaped canvas shows only its shape: its buffer's corners are not on screen.
-        Qv::Ptr<iRegion> clip;
-        if (!canvas->shape()->isRectangular())
-            canvas->shape()->translated(clip, -origin.x, -origin.y);
-        renderer->setClip(clip);
-        ImageDescription image(canvas->offscreenBuffer, XY<int>(shape_box.x1 - origin.x, shape_box.y1 - origin.y),
-                               canvas->useAlphaChannel || canvas->opacity < 1.0);
-        image.opacity = static_cast<float>(canvas->opacity);
-        renderer->drawImages(&image, 1);
-        if (clip)
-            renderer->setClip(nullptr);
+        tela_compose_canvas(canvas, renderer, origin, road);
+        renderer->setClip(nullptr);
     }
     for (Canvas* child = canvas->oldestChild; child; child = child->youngerSibling)
-        compose_subtree(child, renderer, origin, window_box);
+        compose_subtree(child, renderer, origin, window_box, road);
 }
 
 // Copies a heavyweight canvas's buffer into the window over `region`.
@@ -175,9 +174,10 @@ void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>&
     if (!root || !renderer)
         return;
     const XY<int> origin(area.x1, area.y1);
+    const DisplayRoad road = tela_display_road(root);
     tela_fill_root_background(root, renderer, TopDownRect{0, 0, area.width(), area.height()}, origin);
     for (Canvas* child = root->oldestChild; child && child != stop; child = child->youngerSibling)
-        compose_subtree(child, renderer, origin, area);
+        compose_subtree(child, renderer, origin, area, road);
 }
 
 void tela_display_dirty_regions(Canvas* canvas)

@@ -1,6 +1,7 @@
 #include "tela/canvas/RootAppearance.h"
 
 #include "tela/state/TelaState.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/colour/DefaultWindowColour.h"
@@ -76,7 +77,7 @@ void tela_refresh_wallpaper(RootCanvas* root)
         row->wallpaperImage->getSize(present);
     if (present == size)
         return;
-    row->wallpaperImage = at_location(row->wallpaperProvider->getWallpaper(size), root->window->displayLocation());
+    row->wallpaperImage = at_location(row->wallpaperProvider->getWallpaper(size), tela_image_location(tela_display_road(root)));
 }
 
 void tela_setRootTexture(Canvas* canvas, const Qv::Ptr<iWallpaperProvider>& provider, bool announce)

@@ -5,6 +5,7 @@
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/DisplayPipeline.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootAppearance.h"
 #include "tela/canvas/Tiling.h"
 #include "tela/canvas/UpdateTracking.h"
@@ -50,7 +51,7 @@ void RootCanvas::display(Qv::Ptr<iRegion> region)
 {
     if (!window)
         return;
-    if (window->displayLocation() != iImageBase::eHostMemory) {
+    if (tela_display_road(this) == DisplayRoad::Composited) {
         // A whole frame, back to front; the region asked for is not consulted.
         static Qv::TimedTask& task = Qv::TimedTaskManager::instance().task("RootCanvas::display");
         Qv::TimedTask::Run run(task);
@@ -103,7 +104,7 @@ void RootCanvas::displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRendere
 
 Qv::Ptr<iImage> RootCanvas::grabImage()
 {
-    if (!window || window->displayLocation() != iImageBase::eGPU)
+    if (!window || tela_display_road(this) != DisplayRoad::Composited)
         return nullptr;
     Qv::Ptr<iImage> image;
     if (!window->createOffscreenImage(image, getDimensions()) || !image)
@@ -173,9 +174,9 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
         tela_restart_tick();
     // The rounded shapes are drawn by shaders on a composited window; finding
     // them now keeps the first frame from stalling on it.
-    if (window->displayLocation() == iImageBase::eGPU) {
-        tela_shader(4);
-        tela_shader(5);
+    if (tela_display_road(root) == DisplayRoad::Composited) {
+        tela_shader(Tela::Shader::RoundedRectangle);
+        tela_shader(Tela::Shader::Ellipse);
     }
     // The first whole-window paint: a new window's frame is empty, and not
     // every platform asks for a paint when it first shows. On the host road

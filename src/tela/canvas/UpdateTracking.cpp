@@ -6,6 +6,7 @@
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/DisplayPipeline.h"
+#include "tela/canvas/DisplayRoad.h"
 #include "tela/core/Memory.h"
 #include "tela/core/Threads.h"
 #include "tela/vector/Regions.h"
@@ -369,6 +370,19 @@ RegionPtr subtract_children(RegionPtr result, Canvas* parent, const RegionPtr& c
     return result;
 }
 
+// Damage goes to the window as a paint request instead of being painted now:
+// a composited window draws only whole frames, and a host window that gives
+// no renderer at the moment repaints when it can.
+bool must_wait_for_paint(Canvas* canvas)
+{
+    if (!canvas->window)
+        return false;
+    if (tela_display_road(canvas) == DisplayRoad::Composited)
+        return true;
+    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
+    return !canvas->window->getRenderer(renderer, 1);
+}
+
 void flush(Canvas* canvas, Tela::VisibleRegions* regions)
 {
     if (!canvas || !canvas->dirty || !canvas->shape())
@@ -382,8 +396,7 @@ void flush(Canvas* canvas, Tela::VisibleRegions* regions)
     if (!region_eq(visible, canvas->visibleRegion()))
         canvas->visibleRegion(visible);
     if (const RegionPtr damaged = region_intersect(visible, canvas->updateRegion())) {
-        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-        if (canvas->window && !canvas->window->getRenderer(renderer, 1))
+        if (must_wait_for_paint(canvas))
             canvas->window->invalidate(damaged); // the paint event comes back later
         else
             tela_paint_host_region(canvas, damaged);

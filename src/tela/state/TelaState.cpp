@@ -20,10 +20,14 @@ Canvas* tela_rootcanvas()
     return state.rootWindows.empty() ? nullptr : state.rootWindows.front().rootCanvas;
 }
 
-Qv::Ptr<iShaderEffect> tela_shader(int number)
+Qv::Ptr<iShaderEffect> tela_shader(Tela::Shader which)
 {
-    static const char* const kNames[6] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC", "RoundedRectangle", "Ellipse"};
-    if (number < 0 || number >= 6)
+    // In the order of Tela::Shader's values.
+    static const char* const kNames[Tela::kShaderCount] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC",
+                                                           "RoundedRectangle", "Ellipse"};
+    static_assert(static_cast<int>(Tela::Shader::Ellipse) == Tela::kShaderCount - 1);
+    const int number = static_cast<int>(which);
+    if (number < 0 || number >= Tela::kShaderCount)
         return nullptr;
     Qv::Ptr<iShaderEffect>& shader = tela_state().shaders[number];
     if (!shader)

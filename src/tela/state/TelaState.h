@@ -26,6 +26,21 @@
 
 class Canvas;
 
+namespace Tela {
+
+// The six pixel programs the library draws with, by their fixed numbers.
+enum class Shader : std::int32_t {
+    InFront = 0,          // a canvas laid over what lies beneath, at an opacity
+    ShadowLR = 1,         // edge shadows, left and right
+    ShadowTB = 2,         // edge shadows, top and bottom
+    ShadowC = 3,          // edge shadows, corners
+    RoundedRectangle = 4,
+    Ellipse = 5,
+};
+constexpr int kShaderCount = 6;
+
+} // namespace Tela
+
 // One row per root window; the first row's canvas is the library's root.
 struct RootWindowRec {
     explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {},
@@ -58,7 +73,7 @@ public:
     std::int32_t mouseStateChangeType; // the id of "MouseStateChange"
     Qv::Vector<RootWindowRec> rootWindows;
     std::int32_t mouseContextDisableCount = 0;
-    Qv::Ptr<iShaderEffect> shaders[6]; // found on first use, see tela_shader
+    Qv::Ptr<iShaderEffect> shaders[Tela::kShaderCount]; // found on first use, see tela_shader
     // Cursors by number, each made once. Guarded by cursorLock: the busy
     // monitor sets its cursor from its own thread.
     Qv::Map<std::int32_t, Qv::Ptr<iCursor>> cursorCache;
@@ -72,9 +87,9 @@ Canvas* tela_rootcanvas();
 
 Notifier& tela_getNotifier();
 
-// The six pixel programs, by number: 0 "InFront", 1 "ShadowLR", 2 "ShadowTB",
-// 3 "ShadowC", 4 "RoundedRectangle", 5 "Ellipse". Each is looked up once.
-Qv::Ptr<iShaderEffect> tela_shader(int number);
+// The pixel program, looked up by its name ("InFront", "ShadowLR", ...) the
+// first time it is asked for; null for a value outside Tela::Shader.
+Qv::Ptr<iShaderEffect> tela_shader(Tela::Shader which);
 
 namespace Tela {
 
