@@ -32,10 +32,7 @@ void paint(Canvas* canvas, int colour)
 Canvas* coloured_canvas(Canvas* parent, CanvasClient* client, int left, int top, int width, int height, int colour)
 {
     Canvas* canvas = tela_newcanvas(client, parent);
-    const double matrix[3][3] = {{1, 0, double(left)}, {0, 1, double(kHeight - top - height)}, {0, 0, 1}};
-    tela_setcanvasmatrix(canvas, matrix);
-    canvas->shape(region_mkrect(TopDownRect{left, top, left + width, top + height}));
-    canvas->reshape({width, height});
+    tela_placecanvas(canvas, TopDownRect{left, top, left + width, top + height});
     paint(canvas, colour);
     return canvas;
 }
