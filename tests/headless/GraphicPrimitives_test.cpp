@@ -1,33 +1,6 @@
-#include "headless/PixmanRegion.h"
-#include "support/RecordingRenderer.h"
+#include "tela/platform/GraphicPrimitives.h"
 
 #include <gtest/gtest.h>
-
-TEST(RecordingRenderer, KeepsEveryCallInOrderWithCopiesOfItsDescriptions)
-{
-    RecordingRenderer recorder;
-    const TopDownRect square { 0, 0, 5, 5 };
-    Qv::Ptr<iRegion> clip;
-    Headless::PixmanRegion::create(clip, &square, 1);
-    recorder.setClip(clip);
-    RectDescription rects[2];
-    rects[0].rect = { 1, 2, 3, 4 };
-    rects[1].blendMode = eBlendOver;
-    recorder.drawRects(rects, 2);
-    rects[0].rect = {};   // the recorder holds a copy, not the caller's array
-    AlphaRectDescription shade;
-    shade.mode = 7;
-    recorder.drawAlphaRects(&shade, 1);
-    recorder.drawLines(nullptr, 0);
-
-    EXPECT_EQ(recorder.operations(), "setClip drawRects drawAlphaRects drawLines");
-    EXPECT_EQ(recorder.calls()[0].clip, clip);
-    EXPECT_EQ(recorder.calls()[1].count, 2u);
-    EXPECT_EQ(recorder.primitive<RectDescription>(1, 0).rect, (TopDownRect { 1, 2, 3, 4 }));
-    EXPECT_EQ(recorder.primitive<RectDescription>(1, 1).blendMode, eBlendOver);
-    EXPECT_EQ(recorder.primitive<AlphaRectDescription>(2).mode, 7u);
-    EXPECT_EQ(recorder.calls()[3].count, 0u);
-}
 
 TEST(GraphicPrimitives, ExtentsFollowTheirPointsAndRoundOutward)
 {
