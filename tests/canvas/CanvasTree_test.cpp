@@ -160,16 +160,16 @@ TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{second, first, pinned}));
 
     canvas_pop_to_top(pinned, false); // already keep-topmost: the very top, flag kept
-    EXPECT_TRUE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_TRUE(pinned->canvasFlags & Canvas::KEEP_TOPMOST);
     EXPECT_TRUE(canvas_is_topmost(pinned));
 
     canvas_pop_to_top(second, true); // forced: the very top, and now pinned too
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
-    EXPECT_TRUE(second->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_TRUE(second->canvasFlags & Canvas::KEEP_TOPMOST);
 
     canvasKeepTopmost(pinned, false); // just above the highest ordinary child
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
-    EXPECT_FALSE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_FALSE(pinned->canvasFlags & Canvas::KEEP_TOPMOST);
     canvasKeepTopmost(second, false);
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
 

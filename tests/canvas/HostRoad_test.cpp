@@ -33,7 +33,7 @@
 
 namespace {
 
-constexpr int kWidth = 240, kHeight = 160;
+constexpr int WIDTH = 240, HEIGHT = 160;
 
 // A canvas at window rectangle (left, top, width, height), cut by `shape` (in
 // its own box, top-down) when given, and cleared to one colour through the
@@ -105,7 +105,7 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
     Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
     iRootWindow::InitArgs args;
-    args.size = {kWidth, kHeight};
+    args.size = {WIDTH, HEIGHT};
     args.wallpaper = Qv::make<CheckerWallpaper>();
     args.eventHandler = sink;
     RootCanvas* root = tela_createRootCanvas(args);

@@ -148,11 +148,11 @@ TEST_F(PreferencesTest, a_bad_file_that_cannot_be_set_aside_is_left_as_it_is)
 
 TEST_F(PreferencesTest, a_file_nested_too_deep_is_set_aside_so_no_write_meets_it)
 {
-    TemporaryDirectory::write(directory.file("preferences.json"), nested(JSON::kMaxDepth));
+    TemporaryDirectory::write(directory.file("preferences.json"), nested(JSON::MAX_DEPTH));
     EXPECT_EQ(prefs().getPreference("Default font name"), String("Serif"));
 
     ReportCapture reports;
-    for (const std::size_t depth : {JSON::kMaxDepth + 1, std::size_t{100000}}) {
+    for (const std::size_t depth : {JSON::MAX_DEPTH + 1, std::size_t{100000}}) {
         SCOPED_TRACE(depth);
         const std::string place = directory.file(std::to_string(depth));
         std::filesystem::create_directories(place);

@@ -58,14 +58,14 @@ TEST(Deferred, work_runs_later_in_queue_order_unless_its_canvas_is_flushed)
 TEST(Deferred, draining_actions_looks_at_no_queued_event_on_their_behalf)
 {
     QueueScope scope;
-    constexpr int kActions = 2000;
+    constexpr int ACTIONS = 2000;
     RecordingHandler bystander;
     Canvas* canvas = tela_newcanvas(nullptr, nullptr);
     Event key(0x200);
     key.canvas = canvas;
     event_send(&key, false);
     int ran = 0;
-    for (int i = 0; i < kActions; ++i)
+    for (int i = 0; i < ACTIONS; ++i)
         defer([&] { ++ran; });
     Event message(0x4001);
     message.handler = &bystander;
@@ -74,9 +74,9 @@ TEST(Deferred, draining_actions_looks_at_no_queued_event_on_their_behalf)
 
     const std::uint64_t steps = event_queue_steps();
     dispatch_all();
-    EXPECT_EQ(ran, kActions);
+    EXPECT_EQ(ran, ACTIONS);
     EXPECT_EQ(bystander.types.size(), 1u);
-    EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(kActions));
+    EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(ACTIONS));
     tela_deletecanvas(canvas);
 }
 

@@ -99,13 +99,13 @@ TEST(EventPool, concurrent_takers_never_share_a_record_and_all_come_back)
 {
     delete new Event;
     const std::size_t free_before = Event::poolFreeCount();
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 20000;
+    constexpr int THREADS = 4;
+    constexpr int ROUNDS = 20000;
     std::atomic<int> shared_records{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t)
+    for (int t = 0; t < THREADS; ++t)
         threads.emplace_back([&, t] {
-            for (int i = 0; i < kRounds; ++i) {
+            for (int i = 0; i < ROUNDS; ++i) {
                 Event* held[3];
                 for (Event*& e : held) {
                     e = new Event;

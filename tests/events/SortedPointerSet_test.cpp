@@ -57,15 +57,15 @@ TEST(SortedPointerSet, agrees_with_a_tree_through_bursts_of_inserts_and_erases)
 TEST(SortedPointerSet, a_first_in_first_out_stream_keeps_exactly_the_live_keys)
 {
     SortedPointerSet<int*> set;
-    constexpr std::uintptr_t kLive = 1000;
+    constexpr std::uintptr_t LIVE = 1000;
     for (std::uintptr_t n = 1; n <= 20000; ++n) {
         ASSERT_TRUE(set.insert(key(n)));
-        if (n > kLive) {
-            ASSERT_TRUE(set.erase(key(n - kLive)));
-            ASSERT_FALSE(set.contains(key(n - kLive)));
+        if (n > LIVE) {
+            ASSERT_TRUE(set.erase(key(n - LIVE)));
+            ASSERT_FALSE(set.contains(key(n - LIVE)));
         }
         ASSERT_TRUE(set.contains(key(n)));
     }
-    EXPECT_EQ(set.size(), kLive);
-    EXPECT_TRUE(set.contains(key(20000 - kLive + 1)));
+    EXPECT_EQ(set.size(), LIVE);
+    EXPECT_TRUE(set.contains(key(20000 - LIVE + 1)));
 }

@@ -27,7 +27,7 @@ std::vector<KeyOut> key_events(const std::vector<Event>& events)
     return out;
 }
 
-constexpr std::uint32_t kPress = KeyEvent::ePress, kRelease = KeyEvent::eRelease;
+constexpr std::uint32_t PRESS = KeyEvent::ePress, RELEASE = KeyEvent::eRelease;
 
 int count_mouse_notifications(const std::function<void()>& action)
 {
@@ -45,17 +45,17 @@ TEST_F(Keys, a_second_key_held_with_the_first_is_one_event_carrying_both)
         std::uint32_t action, code;
         KeyOut expected;
     } const steps[] = {
-        {kPress, 'a', {0x200, 'a', 0, 0}},
-        {kPress, 'a', {0x200, 'a', 0, 0}},   // the first key repeating
-        {kPress, 'b', {0x200, 'b', 'a', 0}},
-        {kPress, 'b', {0x200, 'b', 'a', 0}}, // by default the second repeats unflagged
-        {kPress, 'c', {0x200, 'c', 'a', 0}},
-        {kRelease, 'c', {0x400, 'c', 'a', 0}}, // the first is still held
-        {kPress, 'b', {0x200, 'b', 'a', 0}},
-        {kPress, 'a', {0x200, 'a', 0, 0}},   // the first repeating forgets the second
-        {kRelease, 'a', {0x400, 'a', 0, 0}},
-        {kRelease, 'z', {0x400, 'z', 0, 0}}, // a release of a key never pressed
-        {kPress, 'q', {0x200, 'q', 0, 0}},   // so nothing is held any more
+        {PRESS, 'a', {0x200, 'a', 0, 0}},
+        {PRESS, 'a', {0x200, 'a', 0, 0}},   // the first key repeating
+        {PRESS, 'b', {0x200, 'b', 'a', 0}},
+        {PRESS, 'b', {0x200, 'b', 'a', 0}}, // by default the second repeats unflagged
+        {PRESS, 'c', {0x200, 'c', 'a', 0}},
+        {RELEASE, 'c', {0x400, 'c', 'a', 0}}, // the first is still held
+        {PRESS, 'b', {0x200, 'b', 'a', 0}},
+        {PRESS, 'a', {0x200, 'a', 0, 0}},   // the first repeating forgets the second
+        {RELEASE, 'a', {0x400, 'a', 0, 0}},
+        {RELEASE, 'z', {0x400, 'z', 0, 0}}, // a release of a key never pressed
+        {PRESS, 'q', {0x200, 'q', 0, 0}},   // so nothing is held any more
     };
     for (const Step& step : steps) {
         key(step.action, step.code);
@@ -69,10 +69,10 @@ TEST_F(Keys, with_complex_repeats_off_the_second_key_repeating_is_flagged)
     TemporaryDirectory settings;
     TemporaryDirectory::write(settings.file("config.json"), R"({"complex_key_repeats": 0})");
     Qv::reloadConfigurationFrom(settings.path().string());
-    key(kPress, 'a');
-    key(kPress, 'b');
-    key(kPress, 'b');
-    key(kPress, 'c');
+    key(PRESS, 'a');
+    key(PRESS, 'b');
+    key(PRESS, 'b');
+    key(PRESS, 'c');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{{0x200, 'a', 0, 0}, {0x200, 'b', 'a', 0},
                                                         {0x200, 'b', 'a', 1}, {0x200, 'c', 'a', 0}}));
     Qv::reloadConfigurationFrom("");
@@ -92,8 +92,8 @@ TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
         {0x0D, eKeyShift | eKeyControl, 0x0D | eKeyShift | eKeyControl}, // below 32: no folding
     };
     for (const Case& c : cases) {
-        key(kPress, c.code, c.modifiers);
-        key(kRelease, c.code, c.modifiers);
+        key(PRESS, c.code, c.modifiers);
+        key(RELEASE, c.code, c.modifiers);
         const std::vector<KeyOut> events = key_events(taken());
         ASSERT_EQ(events.size(), 2u);
         EXPECT_EQ(events[0].key, c.composed) << std::hex << c.code << " with " << c.modifiers;
@@ -104,10 +104,10 @@ TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
 TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
 {
     // No key: only listeners of the mouse state hear of it, and nothing is held.
-    EXPECT_EQ(count_mouse_notifications([&] { key(kPress, 0, eKeyShift); }), 1);
+    EXPECT_EQ(count_mouse_notifications([&] { key(PRESS, 0, eKeyShift); }), 1);
     key(7, 'x'); // unknown action
     EXPECT_TRUE(taken().empty());
-    key(kPress, 'a');
+    key(PRESS, 'a');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{KeyOut{0x200, 'a', 0, 0}}));
 
     KeyEvent text;
@@ -124,11 +124,11 @@ TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
 
     // Without a focus nothing is queued, but the key still counts as held.
     event_set_kbd_focus(nullptr);
-    key(kRelease, 'a');
-    key(kPress, 'b');
+    key(RELEASE, 'a');
+    key(PRESS, 'b');
     EXPECT_TRUE(taken().empty());
     event_set_kbd_focus(root);
-    key(kPress, 'c');
+    key(PRESS, 'c');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{KeyOut{0x200, 'c', 'b', 0}}));
 }
 
