@@ -113,7 +113,7 @@ int differing_pixels(const Qv::Ptr<iImage>& grabbed, const Headless::HostImage& 
 
 } // namespace
 
-TEST(Composition, a_grab_of_a_composited_window_holds_exactly_what_its_frame_shows)
+TEST(Composition, AGrabOfACompositedWindowHoldsExactlyWhatItsFrameShows)
 {
     Window window(iImageBase::eGPU);
     ASSERT_TRUE(window.root);
@@ -129,7 +129,7 @@ TEST(Composition, a_grab_of_a_composited_window_holds_exactly_what_its_frame_sho
     EXPECT_EQ(differing_pixels(tela_getScreenRect(Qv::Box<int>{30, 10, 150, 90}), *window.pixels, 30, 30, 0), 0);
 }
 
-TEST(Composition, a_grab_of_a_host_window_holds_what_its_blits_show)
+TEST(Composition, AGrabOfAHostWindowHoldsWhatItsBlitsShow)
 {
     Window window(iImageBase::eHostMemory);
     ASSERT_TRUE(window.root);
@@ -145,7 +145,7 @@ TEST(Composition, a_grab_of_a_host_window_holds_what_its_blits_show)
     EXPECT_EQ(differing_pixels(tela_getScreenRect(outside_panel), *window.pixels, 100, 30, 1), 0);
 }
 
-TEST(Composition, damage_on_a_composited_window_waits_for_the_frame)
+TEST(Composition, DamageOnACompositedWindowWaitsForTheFrame)
 {
     Window window(iImageBase::eGPU);
     ASSERT_TRUE(window.root);

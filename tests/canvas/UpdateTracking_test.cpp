@@ -100,7 +100,7 @@ protected:
 
 } // namespace
 
-TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_parts_of_a_canvas)
+TEST_F(WindowFixture, YoungerHeavyweightSiblingsAndOpaqueChildrenHidePartsOfACanvas)
 {
     Canvas* a = child(root, 10, 10, 60, 60);
     Canvas* b = child(root, 40, 40, 90, 90);          // younger, heavyweight: covers
@@ -133,7 +133,7 @@ TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_part
 // canvas, exactly the rectangles of asking one canvas at a time: random trees of
 // overlapping, shaped, unshaped, unmapped, lightweight and translucent canvases,
 // asked for in random order.
-TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
+TEST_F(WindowFixture, VisibleRegionsOfAPassAreThoseOfEachCanvasAlone)
 {
     const auto rects_of = [](const RegionPtr& r) {
         std::vector<std::array<int, 4>> out;
@@ -188,7 +188,7 @@ TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
 // to be indexed must leave the same damage and print the same trace as that
 // walk, while translucency is set by hand between marks and shapes and
 // stacking change between rounds.
-TEST_F(WindowFixture, see_through_marks_are_those_of_walking_every_younger_top_level_sibling)
+TEST_F(WindowFixture, SeeThroughMarksAreThoseOfWalkingEveryYoungerTopLevelSibling)
 {
     const auto walk = [](Canvas* c, const RegionPtr& region) {
         canvupd_mark_region_exact(c, region, true, false);
@@ -260,7 +260,7 @@ TEST_F(WindowFixture, see_through_marks_are_those_of_walking_every_younger_top_l
     }
 }
 
-TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show_at_once)
+TEST_F(WindowFixture, MarksAreBoxesWithinTheShapeAndHeavyweightOnesShowAtOnce)
 {
     Canvas* shapeless = tela_newcanvas(nullptr, root);
     canvupd_mark_region_exact(shapeless, rect(0, 0, 10, 10), true, true);
@@ -290,7 +290,7 @@ TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show
     EXPECT_EQ(canvupd_pending_canvas(), nullptr);
 }
 
-TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_to_every_root)
+TEST_F(WindowFixture, DeferredMarksShowOnceAndTwoCanvasesWidenThePassToEveryRoot)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* b = child(root, 100, 10, 150, 60, BLUE);
@@ -310,7 +310,7 @@ TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_t
     EXPECT_EQ(shown(120, 20), BLUE);
 }
 
-TEST_F(WindowFixture, a_deferrer_ending_on_another_thread_leaves_the_painting_to_the_main_thread)
+TEST_F(WindowFixture, ADeferrerEndingOnAnotherThreadLeavesThePaintingToTheMainThread)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     clear();
@@ -329,7 +329,7 @@ TEST_F(WindowFixture, a_deferrer_ending_on_another_thread_leaves_the_painting_to
     EXPECT_EQ(shown(20, 20), RED);
 }
 
-TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_deferrer)
+TEST_F(WindowFixture, WithoutPresentingThePendingCanvasWaitsForTheNextDeferrer)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     clear();
@@ -346,7 +346,7 @@ TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_d
     EXPECT_EQ(shown(20, 20), RED);
 }
 
-TEST_F(WindowFixture, a_rectangle_already_damaged_is_not_marked_again)
+TEST_F(WindowFixture, ARectangleAlreadyDamagedIsNotMarkedAgain)
 {
     Canvas* a = child(root, 10, 10, 60, 60);
     canvupdTrace = 1; // trace without forcing the refresh
@@ -368,7 +368,7 @@ TEST_F(WindowFixture, a_rectangle_already_damaged_is_not_marked_again)
     canvupdTrace = 0;
 }
 
-TEST_F(WindowFixture, a_new_canvas_is_mapped_without_marks_but_unmapping_exposes_what_lies_beneath)
+TEST_F(WindowFixture, ANewCanvasIsMappedWithoutMarksButUnmappingExposesWhatLiesBeneath)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* b = child(nullptr, 20, 20, 40, 40);
@@ -399,7 +399,7 @@ TEST_F(WindowFixture, a_new_canvas_is_mapped_without_marks_but_unmapping_exposes
     EXPECT_EQ(inner->mapped, 1);
 }
 
-TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places)
+TEST_F(WindowFixture, MovingACanvasMovesItsSubtreeAndRepaintsBothPlaces)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* inner = child(a, 20, 20, 30, 30, GREEN);
@@ -426,7 +426,7 @@ TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places
     EXPECT_EQ(a->matrix[0][2], 110);
 }
 
-TEST_F(WindowFixture, sticky_groups_move_together_and_dissolve_below_two)
+TEST_F(WindowFixture, StickyGroupsMoveTogetherAndDissolveBelowTwo)
 {
     Canvas* a = child(root, 0, 0, 10, 10);
     Canvas* b = child(root, 20, 0, 30, 10);
@@ -450,7 +450,7 @@ TEST_F(WindowFixture, sticky_groups_move_together_and_dissolve_below_two)
     EXPECT_EQ(tela_get_sticky_id(nullptr), -1);
 }
 
-TEST_F(WindowFixture, picking_prefers_heavyweight_children_whatever_their_stacking)
+TEST_F(WindowFixture, PickingPrefersHeavyweightChildrenWhateverTheirStacking)
 {
     Canvas* heavy = child(root, 10, 10, 60, 60);
     Canvas* light = child(root, 10, 10, 60, 60); // younger, on top, but lightweight
@@ -463,7 +463,7 @@ TEST_F(WindowFixture, picking_prefers_heavyweight_children_whatever_their_stacki
     EXPECT_EQ(canvas_pick(heavy, {500, 80}), heavy);    // a given start is not tested
 }
 
-TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_box)
+TEST_F(WindowFixture, TheCompositedRoadAsksForOneFrameOverTheDamagedBox)
 {
     m_window->setDisplayLocation(iImageBase::eGPU);
     Canvas* a = child(root, 10, 10, 20, 20);
@@ -491,7 +491,7 @@ TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_bo
     EXPECT_EQ(take_invalid(), nullptr); // no mapped canvas was dirty: no frame
 }
 
-TEST_F(WindowFixture, wiping_fills_the_current_canvas_with_the_current_colour_and_shows_it)
+TEST_F(WindowFixture, WipingFillsTheCurrentCanvasWithTheCurrentColourAndShowsIt)
 {
     Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* light = child(a, 20, 20, 40, 40); // draws into a's buffer
@@ -509,7 +509,7 @@ TEST_F(WindowFixture, wiping_fills_the_current_canvas_with_the_current_colour_an
     tela_setcolour(0);
 }
 
-TEST_F(WindowFixture, turning_lightweight_hands_the_pixels_to_the_parents_buffer)
+TEST_F(WindowFixture, TurningLightweightHandsThePixelsToTheParentsBuffer)
 {
     Canvas* parent = child(root, 10, 10, 110, 90, BLUE);
     Canvas* inner = child(parent, 30, 20, 60, 50, RED);
@@ -546,7 +546,7 @@ public:
 
 } // namespace
 
-TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_through)
+TEST_F(WindowFixture, AnUnbufferedCanvasPaintsItselfUnlessItIsSeeThrough)
 {
     UnbufferedClient client;
     Canvas* c = tela_newcanvas(&client, root);
@@ -571,7 +571,7 @@ TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_throug
     tela_deletecanvas(c);
 }
 
-TEST_F(WindowFixture, tiles_and_reads_back_go_through_the_canvas_coordinates)
+TEST_F(WindowFixture, TilesAndReadsBackGoThroughTheCanvasCoordinates)
 {
     Canvas* c = child(root, 10, 10, 40, 30, BLUE);
     tela_placecanvas(c, TopDownRect{10, 10, 40, 30}); // where its shape is: 10 from the left, 70 up

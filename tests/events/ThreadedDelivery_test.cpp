@@ -143,7 +143,7 @@ Outcome run_producers(int events_each)
 
 } // namespace
 
-TEST(ThreadedDelivery, eight_producers_every_event_once_in_order_and_every_payload_released)
+TEST(ThreadedDelivery, EightProducersEveryEventOnceInOrderAndEveryPayloadReleased)
 {
     QueueScope scope;
     run_producers(100); // first use builds what lives for the whole process

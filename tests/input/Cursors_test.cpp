@@ -58,7 +58,7 @@ private:
 
 } // namespace
 
-TEST(MouseContainment, enters_and_leaves_nest_inside_the_parents)
+TEST(MouseContainment, EntersAndLeavesNestInsideTheParents)
 {
     std::string log;
     Watching r(log, 'r'), a(log, 'a'), a1(log, '1'), a2(log, '2');
@@ -106,7 +106,7 @@ public:
 
 } // namespace
 
-TEST(MouseContainment, a_canvas_is_told_it_is_left_before_it_leaves_the_chain)
+TEST(MouseContainment, ACanvasIsToldItIsLeftBeforeItLeavesTheChain)
 {
     LeaveWatcher outer, inner;
     Canvas* root = tela_newcanvas(&outer, nullptr);
@@ -132,7 +132,7 @@ TEST(MouseContainment, a_canvas_is_told_it_is_left_before_it_leaves_the_chain)
     tela_deletecanvas(other);
 }
 
-TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems_cursor_once)
+TEST_F(CursorTest, NumbersWithoutAnImageAndImagesThatFailUseTheSystemsCursorOnce)
 {
     EXPECT_TRUE(tela_getCursorFile(40).empty());
     EXPECT_EQ(toUTF8(tela_getCursorFile(20)), toUTF8(Tela::getIconsDirectory()) + String("PointingHand.png"));
@@ -150,7 +150,7 @@ TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems
     EXPECT_EQ(windowing().stockCursorsMade(), made + 3); // each made once
 }
 
-TEST_F(CursorTest, a_missing_icons_folder_is_reported_at_most_once_and_no_file_is_tried)
+TEST_F(CursorTest, AMissingIconsFolderIsReportedAtMostOnceAndNoFileIsTried)
 {
     Tela::setIconsDirectory(WString(fromUTF8(String(icons.file("no icons here").c_str()))));
     ReportCapture reports;
@@ -164,7 +164,7 @@ TEST_F(CursorTest, a_missing_icons_folder_is_reported_at_most_once_and_no_file_i
     EXPECT_EQ(reports.count(".png"), 0) << reports.text();
 }
 
-TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque_pixel_as_hot_spot)
+TEST_F(CursorTest, CursorImagesScaleWithTheScreenAndTakeTheFirstOpaquePixelAsHotSpot)
 {
     Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({32, 32});
     image->fill(0x00000000);
@@ -183,7 +183,7 @@ TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque
     EXPECT_EQ(windowing().selectedCursor()->size, (XY<int>{48, 48}));
 }
 
-TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
+TEST_F(CursorTest, TheCursorFollowsTheClientUnderThePointer)
 {
     std::string log;
     Watching hand(log, 'h', 20);
@@ -203,7 +203,7 @@ TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
     tela_deletecanvas(c);
 }
 
-TEST_F(CursorTest, a_silent_main_thread_shows_the_busy_cursor_until_the_next_heartbeat)
+TEST_F(CursorTest, ASilentMainThreadShowsTheBusyCursorUntilTheNextHeartbeat)
 {
     EXPECT_FALSE(SystemBusyMonitor::heartbeat()); // nobody listens yet
     ASSERT_TRUE(SystemBusyMonitor::start(20));

@@ -39,7 +39,7 @@ int count_mouse_notifications(const std::function<void()>& action)
 
 } // namespace
 
-TEST_F(Keys, a_second_key_held_with_the_first_is_one_event_carrying_both)
+TEST_F(Keys, ASecondKeyHeldWithTheFirstIsOneEventCarryingBoth)
 {
     struct Step {
         std::uint32_t action, code;
@@ -64,7 +64,7 @@ TEST_F(Keys, a_second_key_held_with_the_first_is_one_event_carrying_both)
     }
 }
 
-TEST_F(Keys, with_complex_repeats_off_the_second_key_repeating_is_flagged)
+TEST_F(Keys, WithComplexRepeatsOffTheSecondKeyRepeatingIsFlagged)
 {
     TemporaryDirectory settings;
     TemporaryDirectory::write(settings.file("config.json"), R"({"complex_key_repeats": 0})");
@@ -78,7 +78,7 @@ TEST_F(Keys, with_complex_repeats_off_the_second_key_repeating_is_flagged)
     Qv::reloadConfigurationFrom("");
 }
 
-TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
+TEST_F(Keys, PrintableKeysFoldCaseByTheirModifiers)
 {
     struct Case {
         std::uint32_t code, modifiers, composed;
@@ -101,7 +101,7 @@ TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
     }
 }
 
-TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
+TEST_F(Keys, ReportsWithNoKeyTextOrUnknownActionsAndNoFocus)
 {
     // No key: only listeners of the mouse state hear of it, and nothing is held.
     EXPECT_EQ(count_mouse_notifications([&] { key(PRESS, 0, eKeyShift); }), 1);
@@ -132,7 +132,7 @@ TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{KeyOut{0x200, 'c', 'b', 0}}));
 }
 
-TEST_F(Mouse, quick_presses_count_double_and_triple_clicks_then_start_again)
+TEST_F(Mouse, QuickPressesCountDoubleAndTripleClicksThenStartAgain)
 {
     Qv::Ptr<RecordingClient> a;
     child(10, 10, 60, 60, &a);
@@ -166,7 +166,7 @@ TEST_F(Mouse, quick_presses_count_double_and_triple_clicks_then_start_again)
     EXPECT_EQ(types, expected);
 }
 
-TEST_F(Mouse, a_double_click_carries_its_flag_while_held_and_a_moved_up_is_plain)
+TEST_F(Mouse, ADoubleClickCarriesItsFlagWhileHeldAndAMovedUpIsPlain)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);
@@ -182,7 +182,7 @@ TEST_F(Mouse, a_double_click_carries_its_flag_while_held_and_a_moved_up_is_plain
     EXPECT_EQ(events[4].type, 0x121u);
 }
 
-TEST_F(Mouse, left_then_right_is_a_chord_until_both_are_up)
+TEST_F(Mouse, LeftThenRightIsAChordUntilBothAreUp)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);
@@ -201,7 +201,7 @@ TEST_F(Mouse, left_then_right_is_a_chord_until_both_are_up)
     }
 }
 
-TEST_F(Mouse, the_wheel_goes_under_the_pointer_buttons_to_the_capture_and_never_to_a_bare_root)
+TEST_F(Mouse, TheWheelGoesUnderThePointerButtonsToTheCaptureAndNeverToABareRoot)
 {
     Canvas* a = child(10, 10, 60, 60);
     Canvas* b = child(100, 10, 150, 60);
@@ -225,7 +225,7 @@ TEST_F(Mouse, the_wheel_goes_under_the_pointer_buttons_to_the_capture_and_never_
     EXPECT_EQ(getMouseClickState(), 0u);
 }
 
-TEST_F(Mouse, drags_add_up_every_step_and_a_move_in_place_only_publishes)
+TEST_F(Mouse, DragsAddUpEveryStepAndAMoveInPlaceOnlyPublishes)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);

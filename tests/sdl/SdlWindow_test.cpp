@@ -115,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(SdlWindow, the_screen_shows_the_background_and_a_canvas_drawn_on_the_host_road)
+TEST_F(SdlWindow, TheScreenShowsTheBackgroundAndACanvasDrawnOnTheHostRoad)
 {
     tela_setRootColour(root, NormalisedRGB(0.0f, 0.0f, 0.5f));
     Canvas* c = tela_newcanvas(nullptr, root);
@@ -136,7 +136,7 @@ TEST_F(SdlWindow, the_screen_shows_the_background_and_a_canvas_drawn_on_the_host
     tela_deletecanvas(c);
 }
 
-TEST_F(SdlWindow, every_wake_from_any_thread_arrives_once)
+TEST_F(SdlWindow, EveryWakeFromAnyThreadArrivesOnce)
 {
     constexpr int THREADS = 4, WAKES_EACH = 5000;
     std::vector<std::thread> senders;
@@ -152,7 +152,7 @@ TEST_F(SdlWindow, every_wake_from_any_thread_arrives_once)
     EXPECT_EQ(sink->wakes.load(), THREADS * WAKES_EACH);
 }
 
-TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_terms)
+TEST_F(SdlWindow, MouseKeysAndSizeChangesReachTheHandlerInThePlatformTerms)
 {
     // Reports are stamped on the library's clock, whatever SDL's ticks say.
     constexpr std::uint32_t NOW = 5'000'000;
@@ -213,7 +213,7 @@ public:
 
 } // namespace
 
-TEST(SdlApplication, a_click_reaches_the_canvas_and_closing_the_window_ends_the_loop)
+TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
 {
     ASSERT_TRUE(Sdl::install());
     iRootWindow::InitArgs args;

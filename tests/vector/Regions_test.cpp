@@ -72,7 +72,7 @@ std::vector<TopDownRect> rects_of(const Tela::RegionBuilder& builder)
 
 } // namespace
 
-TEST(Regions, set_operations_agree_with_pixel_membership_on_random_shapes)
+TEST(Regions, SetOperationsAgreeWithPixelMembershipOnRandomShapes)
 {
     for (unsigned seed = 1; seed <= 300; ++seed) {
         SCOPED_TRACE(seed);
@@ -113,7 +113,7 @@ TEST(Regions, set_operations_agree_with_pixel_membership_on_random_shapes)
     }
 }
 
-TEST(Regions, nulls_and_shared_operands)
+TEST(Regions, NullsAndSharedOperands)
 {
     const RegionPtr a = region_mkrect(TopDownRect{0, 0, 10, 10});
     const RegionPtr b = region_mkrect(TopDownRect{5, 5, 20, 20});
@@ -146,7 +146,7 @@ TEST(Regions, nulls_and_shared_operands)
     EXPECT_EQ(region_bbx_intersect(a, right), nullptr);
 }
 
-TEST(Regions, absurd_rectangles_give_a_safe_result)
+TEST(Regions, AbsurdRectanglesGiveASafeResult)
 {
     const RegionPtr huge = region_mkrect(TopDownRect{INT_MIN / 2, INT_MIN / 2, INT_MAX / 2, INT_MAX / 2});
     ASSERT_TRUE(huge);
@@ -156,7 +156,7 @@ TEST(Regions, absurd_rectangles_give_a_safe_result)
     EXPECT_EQ(bitmap_of(region_intersect(huge, region_mkrect(TopDownRect{1, 1, 3, 3}))).count(), 4u);
 }
 
-TEST(RegionBuilder, merges_equal_columns_and_splits_bands)
+TEST(RegionBuilder, MergesEqualColumnsAndSplitsBands)
 {
     Tela::RegionBuilder merged;
     merged.appendRect(0, 0, 10, 5);
@@ -176,7 +176,7 @@ TEST(RegionBuilder, merges_equal_columns_and_splits_bands)
     EXPECT_EQ(Tela::RegionBuilder().create(), nullptr);
 }
 
-TEST(RegionBuilder, rows_of_random_runs_build_the_shape_they_describe)
+TEST(RegionBuilder, RowsOfRandomRunsBuildTheShapeTheyDescribe)
 {
     for (unsigned seed = 1; seed <= 50; ++seed) {
         SCOPED_TRACE(seed);
@@ -200,7 +200,7 @@ TEST(RegionBuilder, rows_of_random_runs_build_the_shape_they_describe)
     }
 }
 
-TEST(CurvedRegions, corner_masks_cut_the_right_corners)
+TEST(CurvedRegions, CornerMasksCutTheRightCorners)
 {
     const int w = 40, h = 30;
     EXPECT_EQ(bitmap_of(makeCurvedRegion({w, h}, 0, eLargeCorners)), bitmap_of(region_mkrect(TopDownRect{0, 0, w, h})));
@@ -227,7 +227,7 @@ TEST(CurvedRegions, corner_masks_cut_the_right_corners)
     }
 }
 
-TEST(ImageRegions, opaque_pixels_make_the_shape)
+TEST(ImageRegions, OpaquePixelsMakeTheShape)
 {
     const auto before = live_blocks();
     {
@@ -251,7 +251,7 @@ TEST(ImageRegions, opaque_pixels_make_the_shape)
     EXPECT_EQ(live_blocks(), before);
 }
 
-TEST(CanvasRegions, flips_between_the_root_and_the_window)
+TEST(CanvasRegions, FlipsBetweenTheRootAndTheWindow)
 {
     Canvas* root = tela_newcanvas(nullptr, nullptr);
     root->shape(region_mkrect(TopDownRect{0, 0, 200, 100}));
@@ -266,7 +266,7 @@ TEST(CanvasRegions, flips_between_the_root_and_the_window)
     tela_deletecanvas(root);
 }
 
-TEST(CanvasRegions, the_two_forms_of_screen_to_canvas_move_vertically_in_opposite_directions)
+TEST(CanvasRegions, TheTwoFormsOfScreenToCanvasMoveVerticallyInOppositeDirections)
 {
     // The first root gives every canvas its position; register one for this test.
     Canvas* root = tela_newcanvas(nullptr, nullptr);
