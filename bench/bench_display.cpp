@@ -25,18 +25,18 @@
 
 namespace {
 
-constexpr int kWidth = 1920, kHeight = 1080;
+constexpr int WIDTH = 1920, HEIGHT = 1080;
 
 struct Scene {
     Scene()
     {
         iRootWindow::InitArgs args;
-        args.size = {kWidth, kHeight};
+        args.size = {WIDTH, HEIGHT};
         root = tela_createRootCanvas(args);
         // A 10x5 grid of opaque canvases covering the window, as panels do.
         Tela::UpdateDeferrer deferrer(nullptr, true);
         const int columns = 10, rows = 5;
-        const int w = kWidth / columns, h = kHeight / rows;
+        const int w = WIDTH / columns, h = HEIGHT / rows;
         for (int row = 0; row < rows; ++row)
             for (int column = 0; column < columns; ++column)
                 add(column * w, row * h, w, h, 0xFF000000u | static_cast<std::uint32_t>(row * 40 << 8 | column * 25));
@@ -74,18 +74,18 @@ void BM_FullRepaint(benchmark::State& state)
     Scene scene;
     for (auto _ : state)
         scene.mark_everything();
-    state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
+    state.SetBytesProcessed(state.iterations() * WIDTH * HEIGHT * 4);
 }
 
 void BM_Memcpy(benchmark::State& state)
 {
-    std::vector<std::uint8_t> from(kWidth * kHeight * 4, 1), to(kWidth * kHeight * 4);
+    std::vector<std::uint8_t> from(WIDTH * HEIGHT * 4, 1), to(WIDTH * HEIGHT * 4);
     for (auto _ : state) {
         std::memcpy(to.data(), from.data(), from.size());
         benchmark::DoNotOptimize(to.data());
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(state.iterations() * kWidth * kHeight * 4);
+    state.SetBytesProcessed(state.iterations() * WIDTH * HEIGHT * 4);
 }
 
 void BM_SmallDamage(benchmark::State& state)
@@ -100,8 +100,8 @@ void BM_SmallDamage(benchmark::State& state)
     window->pixels()->fill(0xFF123456);
     canvupd_mark_all(scene.small);
     int changed = 0;
-    for (int y = 0; y < kHeight; y += 7)
-        for (int x = 0; x < kWidth; x += 7)
+    for (int y = 0; y < HEIGHT; y += 7)
+        for (int x = 0; x < WIDTH; x += 7)
             changed += window->pixels()->pixelAt(x, y) != 0xFF123456u;
     state.counters["sampled_pixels_changed"] = changed; // only inside the 32x32 square
 }
@@ -113,7 +113,7 @@ struct OverlappingScene {
     explicit OverlappingScene(int count)
     {
         iRootWindow::InitArgs args;
-        args.size = {kWidth, kHeight};
+        args.size = {WIDTH, HEIGHT};
         root = tela_createRootCanvas(args);
         constexpr int w = 200, h = 150;
         Qv::Ptr<iImage> buffer;
@@ -126,7 +126,7 @@ struct OverlappingScene {
         };
         for (int i = 0; i < count; ++i) {
             Canvas* c = tela_newcanvas(nullptr, root);
-            const int left = next(kWidth - w), top = next(kHeight - h);
+            const int left = next(WIDTH - w), top = next(HEIGHT - h);
             c->shape(region_mkrect(TopDownRect{left, top, left + w, top + h}));
             c->offscreenBuffer = buffer;
         }

@@ -34,11 +34,11 @@
 
 namespace {
 
-constexpr int kQueued = 10'000;
-constexpr int kStreamed = 1'000'000;
-constexpr int kShortQueue = 8;
-constexpr int kPosted = 100'000;
-constexpr int kPosters = 8;
+constexpr int QUEUED = 10'000;
+constexpr int STREAMED = 1'000'000;
+constexpr int SHORT_QUEUE = 8;
+constexpr int POSTED = 100'000;
+constexpr int POSTERS = 8;
 
 struct Sink : EventHandler {
     eResult handleEvent(const Event&) override
@@ -106,12 +106,12 @@ void BM_Queued_Tela(benchmark::State& state)
 {
     Sink sink;
     for (auto _ : state) {
-        for (int i = 0; i < kQueued; ++i)
+        for (int i = 0; i < QUEUED; ++i)
             tela_send(sink);
-        for (int i = 0; i < kQueued; ++i)
+        for (int i = 0; i < QUEUED; ++i)
             tela_receive(sink);
     }
-    state.SetItemsProcessed(state.iterations() * kQueued);
+    state.SetItemsProcessed(state.iterations() * QUEUED);
 }
 
 void BM_Queued_SDL(benchmark::State& state)
@@ -119,14 +119,14 @@ void BM_Queued_SDL(benchmark::State& state)
     sdl_initialise();
     long seen = 0;
     for (auto _ : state) {
-        for (int i = 0; i < kQueued; ++i)
+        for (int i = 0; i < QUEUED; ++i)
             sdl_send();
         SDL_Event e;
         while (SDL_PollEvent(&e))
             ++seen;
     }
     benchmark::DoNotOptimize(seen);
-    state.SetItemsProcessed(state.iterations() * kQueued);
+    state.SetItemsProcessed(state.iterations() * QUEUED);
 }
 
 void BM_Queued_Qt(benchmark::State& state)
@@ -134,25 +134,25 @@ void BM_Queued_Qt(benchmark::State& state)
     qt_application();
     QtSink sink;
     for (auto _ : state) {
-        for (int i = 0; i < kQueued; ++i)
+        for (int i = 0; i < QUEUED; ++i)
             QCoreApplication::postEvent(&sink, new QEvent(QEvent::User));
         QCoreApplication::sendPostedEvents();
     }
-    state.SetItemsProcessed(state.iterations() * kQueued);
+    state.SetItemsProcessed(state.iterations() * QUEUED);
 }
 
 void BM_Streamed_Tela(benchmark::State& state)
 {
     Sink sink;
     for (auto _ : state) {
-        for (int i = 0; i < kStreamed; i += kShortQueue) {
-            for (int j = 0; j < kShortQueue; ++j)
+        for (int i = 0; i < STREAMED; i += SHORT_QUEUE) {
+            for (int j = 0; j < SHORT_QUEUE; ++j)
                 tela_send(sink);
-            for (int j = 0; j < kShortQueue; ++j)
+            for (int j = 0; j < SHORT_QUEUE; ++j)
                 tela_receive(sink);
         }
     }
-    state.SetItemsProcessed(state.iterations() * kStreamed);
+    state.SetItemsProcessed(state.iterations() * STREAMED);
 }
 
 void BM_Streamed_SDL(benchmark::State& state)
@@ -160,8 +160,8 @@ void BM_Streamed_SDL(benchmark::State& state)
     sdl_initialise();
     long seen = 0;
     for (auto _ : state) {
-        for (int i = 0; i < kStreamed; i += kShortQueue) {
-            for (int j = 0; j < kShortQueue; ++j)
+        for (int i = 0; i < STREAMED; i += SHORT_QUEUE) {
+            for (int j = 0; j < SHORT_QUEUE; ++j)
                 sdl_send();
             SDL_Event e;
             while (SDL_PollEvent(&e))
@@ -169,7 +169,7 @@ void BM_Streamed_SDL(benchmark::State& state)
         }
     }
     benchmark::DoNotOptimize(seen);
-    state.SetItemsProcessed(state.iterations() * kStreamed);
+    state.SetItemsProcessed(state.iterations() * STREAMED);
 }
 
 void BM_Streamed_Qt(benchmark::State& state)
@@ -177,13 +177,13 @@ void BM_Streamed_Qt(benchmark::State& state)
     qt_application();
     QtSink sink;
     for (auto _ : state) {
-        for (int i = 0; i < kStreamed; i += kShortQueue) {
-            for (int j = 0; j < kShortQueue; ++j)
+        for (int i = 0; i < STREAMED; i += SHORT_QUEUE) {
+            for (int j = 0; j < SHORT_QUEUE; ++j)
                 QCoreApplication::postEvent(&sink, new QEvent(QEvent::User));
             QCoreApplication::sendPostedEvents();
         }
     }
-    state.SetItemsProcessed(state.iterations() * kStreamed);
+    state.SetItemsProcessed(state.iterations() * STREAMED);
 }
 
 // A root window whose wakes reach the library's dispatcher, made once.
@@ -200,19 +200,19 @@ Headless::MainLoop& delivery_road()
     return Headless::services().windowing()->mainLoop();
 }
 
-// Eight threads post kPosted items between them while the main thread drains
-// the window's wakes until `done` reaches kPosted.
+// Eight threads post POSTED items between them while the main thread drains
+// the window's wakes until `done` reaches POSTED.
 template <typename Post>
 void post_and_drain(const std::atomic<int>& done, Post post)
 {
     Headless::MainLoop& loop = delivery_road();
     std::vector<std::thread> posters;
-    for (int t = 0; t < kPosters; ++t)
+    for (int t = 0; t < POSTERS; ++t)
         posters.emplace_back([&] {
-            for (int i = 0; i < kPosted / kPosters; ++i)
+            for (int i = 0; i < POSTED / POSTERS; ++i)
                 post();
         });
-    while (done.load(std::memory_order_acquire) < kPosted)
+    while (done.load(std::memory_order_acquire) < POSTED)
         if (loop.runPending() == 0)
             std::this_thread::yield();
     for (std::thread& poster : posters)
@@ -226,7 +226,7 @@ void BM_Deferred_Tela(benchmark::State& state)
         ran.store(0);
         post_and_drain(ran, [&] { defer([&] { ran.fetch_add(1, std::memory_order_release); }); });
     }
-    state.SetItemsProcessed(state.iterations() * kPosted);
+    state.SetItemsProcessed(state.iterations() * POSTED);
 }
 
 struct CountingSink : EventHandler {
@@ -249,7 +249,7 @@ void BM_Messages_Tela(benchmark::State& state)
             event_send(&e, false);
         });
     }
-    state.SetItemsProcessed(state.iterations() * kPosted);
+    state.SetItemsProcessed(state.iterations() * POSTED);
 }
 
 } // namespace

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kRects = 1000;
+constexpr int RECTS = 1000;
 
 // 1,000 scattered small rectangles over a 2000x2000 area; two seeds give two
 // overlapping but different shapes.
@@ -23,7 +23,7 @@ std::vector<TopDownRect> scattered_rects(unsigned seed)
 {
     std::mt19937 rng(seed);
     std::uniform_int_distribution<int> position(0, 1960), extent(4, 40);
-    std::vector<TopDownRect> rects(kRects);
+    std::vector<TopDownRect> rects(RECTS);
     for (TopDownRect& r : rects) {
         r.left = position(rng);
         r.top = position(rng);

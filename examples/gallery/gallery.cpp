@@ -44,11 +44,11 @@
 
 namespace {
 
-constexpr int kWidth = 640, kHeight = 400;
-constexpr int kSidebarEntries = 6;
+constexpr int WIDTH = 640, HEIGHT = 400;
+constexpr int SIDEBAR_ENTRIES = 6;
 // Arrow keys, as the platforms report them: key values that are no characters.
-constexpr std::uint32_t kKeyDown = 0x51 | eKeyNotCharacter;
-constexpr std::uint32_t kKeyUp = 0x52 | eKeyNotCharacter;
+constexpr std::uint32_t KEY_DOWN = 0x51 | eKeyNotCharacter;
+constexpr std::uint32_t KEY_UP = 0x52 | eKeyNotCharacter;
 
 // Packed device colours: red in the low byte.
 int packed(int red, int green, int blue)
@@ -111,7 +111,7 @@ public:
         : Application(WString(u"Tela gallery"), WString(u"0.1")), m_screenshots(std::move(screenshots))
     {
         iRootWindow::InitArgs args;
-        args.size = {kWidth, kHeight};
+        args.size = {WIDTH, HEIGHT};
         args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
         args.name = WString(u"Tela gallery");
         // The library's full dispatcher (key bindings, intercept filters)
@@ -162,13 +162,13 @@ private:
     {
         Canvas* root = tela_rootcanvas();
         Tela::UpdateDeferrer deferrer(nullptr, true);
-        Canvas* sidebar = top_level(root, 0, 0, 160, kHeight, packed(22, 24, 28), {}, client([this](const Event& e) {
-            if (!isKeyPressEvent(e) || (e.keyCode() != kKeyDown && e.keyCode() != kKeyUp))
+        Canvas* sidebar = top_level(root, 0, 0, 160, HEIGHT, packed(22, 24, 28), {}, client([this](const Event& e) {
+            if (!isKeyPressEvent(e) || (e.keyCode() != KEY_DOWN && e.keyCode() != KEY_UP))
                 return false;
-            select((m_selected + (e.keyCode() == kKeyDown ? 1 : kSidebarEntries - 1)) % kSidebarEntries);
+            select((m_selected + (e.keyCode() == KEY_DOWN ? 1 : SIDEBAR_ENTRIES - 1)) % SIDEBAR_ENTRIES);
             return true;
         }));
-        for (int i = 0; i < kSidebarEntries; ++i)
+        for (int i = 0; i < SIDEBAR_ENTRIES; ++i)
             m_entries.push_back(panel(sidebar, 12, 16 + i * 44, 136, 32, entry_colour(i),
                                       makeCurvedRegion({136, 32}, 15, eSmallCorners), client([this, i](const Event& e) {
                                           if (mouse_down_event(e) && mouse_left_event(e))
@@ -261,7 +261,7 @@ private:
         };
         click(60, 16 + 3 * 44 + 10);
         KeyEvent down;
-        down.keyCode = kKeyDown;
+        down.keyCode = KEY_DOWN;
         input(down);
         down.action = KeyEvent::eRelease;
         input(down);

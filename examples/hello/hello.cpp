@@ -16,9 +16,9 @@
 
 namespace {
 
-constexpr int kWidth = 320, kHeight = 200;
-constexpr int kPanelColours[] = {0x4A3A2A, 0x2A4A3A, 0x3A2A4A}; // packed: red in the low byte
-constexpr int kButtonColour = 0x9C7A5A, kLitColour = 0x3CC8FA;
+constexpr int WIDTH = 320, HEIGHT = 200;
+constexpr int PANEL_COLOURS[] = {0x4A3A2A, 0x2A4A3A, 0x3A2A4A}; // packed: red in the low byte
+constexpr int BUTTON_COLOUR = 0x9C7A5A, LIT_COLOUR = 0x3CC8FA;
 
 void paint(Canvas* canvas, int colour)
 {
@@ -52,7 +52,7 @@ public:
     explicit Hello(std::string pictures) : Application(WString(u"Tela hello"), WString(u"1.0")), m_pictures(std::move(pictures))
     {
         iRootWindow::InitArgs args;
-        args.size = {kWidth, kHeight};
+        args.size = {WIDTH, HEIGHT};
         args.flags = iRootWindow::InitArgs::eTitleBar;
         args.name = WString(u"Hello, Tela");
         setWindowDescription(args);
@@ -72,9 +72,9 @@ protected:
         Application::initComplete();
         // Drawn and shown together when the deferrer ends.
         Tela::UpdateDeferrer deferrer(nullptr, true);
-        m_panel = coloured_canvas(tela_rootcanvas(), &m_panel_client, 0, 0, kWidth, kHeight, kPanelColours[0]);
+        m_panel = coloured_canvas(tela_rootcanvas(), &m_panel_client, 0, 0, WIDTH, HEIGHT, PANEL_COLOURS[0]);
         for (int i = 0; i < 2; ++i)
-            m_buttons[i] = coloured_canvas(m_panel, &m_button_clients[i], 40 + i * 130, 70, 110, 60, kButtonColour);
+            m_buttons[i] = coloured_canvas(m_panel, &m_button_clients[i], 40 + i * 130, 70, 110, 60, BUTTON_COLOUR);
         event_set_kbd_focus(m_panel);
         if (std::strcmp(Tela::choosePlatform(), "headless") == 0)
             defer([this] { play_by_itself(); }); // once the window shows them
@@ -85,7 +85,7 @@ private:
     {
         if (mouse_down_event(e) && mouse_left_event(e)) {
             m_lit[i] = !m_lit[i];
-            paint(m_buttons[i], m_lit[i] ? kLitColour : kButtonColour);
+            paint(m_buttons[i], m_lit[i] ? LIT_COLOUR : BUTTON_COLOUR);
         }
         return mouse_event(e);
     }
@@ -95,7 +95,7 @@ private:
         if (!isKeyPressEvent(e) || e.keyCode() != ' ')
             return false;
         m_colour = (m_colour + 1) % 3;
-        paint(m_panel, kPanelColours[m_colour]);
+        paint(m_panel, PANEL_COLOURS[m_colour]);
         return true;
     }
 

@@ -134,7 +134,7 @@ protected:
 
 } // namespace
 
-TEST_F(ApplicationLife, without_background_start_up_the_start_up_handler_stays_and_the_library_outlives_the_loop)
+TEST_F(ApplicationLife, WithoutBackgroundStartUpTheStartUpHandlerStaysAndTheLibraryOutlivesTheLoop)
 {
     ScriptedApp app(false);
     EXPECT_TRUE(app.loggingAfterConstruction);
@@ -161,7 +161,7 @@ TEST_F(ApplicationLife, without_background_start_up_the_start_up_handler_stays_a
     EXPECT_EQ(event_get_kbd_focus(), nullptr);
 }
 
-TEST_F(ApplicationLife, background_start_up_runs_off_the_main_thread_then_installs_the_programs_handler)
+TEST_F(ApplicationLife, BackgroundStartUpRunsOffTheMainThreadThenInstallsTheProgramsHandler)
 {
     ScriptedApp app(true);
     app.run();
@@ -175,7 +175,7 @@ TEST_F(ApplicationLife, background_start_up_runs_off_the_main_thread_then_instal
     EXPECT_TRUE(tela_state().rootWindows.empty());
 }
 
-TEST_F(ApplicationLife, shutdown_from_inside_the_loop_ends_it_and_sets_the_programs_canvases_loose)
+TEST_F(ApplicationLife, ShutdownFromInsideTheLoopEndsItAndSetsTheProgramsCanvasesLoose)
 {
     ScriptedApp app(false, Ending::ShutdownInside);
     app.run();
@@ -190,7 +190,7 @@ TEST_F(ApplicationLife, shutdown_from_inside_the_loop_ends_it_and_sets_the_progr
     app.shutdown(); // a second shut-down finds nothing left to do
 }
 
-TEST_F(ApplicationLife, deleting_the_root_is_reported_and_ends_the_loop)
+TEST_F(ApplicationLife, DeletingTheRootIsReportedAndEndsTheLoop)
 {
     ReportCapture reports;
     ScriptedApp app(false, Ending::DeleteRoot);
@@ -201,7 +201,7 @@ TEST_F(ApplicationLife, deleting_the_root_is_reported_and_ends_the_loop)
     EXPECT_EQ(reports.count("the application's root canvas was deleted"), 1);
 }
 
-TEST_F(ApplicationLife, a_whole_run_returns_every_block_it_took)
+TEST_F(ApplicationLife, AWholeRunReturnsEveryBlockItTook)
 {
     const auto whole_run = [] {
         ScriptedApp app(true);
@@ -218,7 +218,7 @@ TEST_F(ApplicationLife, a_whole_run_returns_every_block_it_took)
     EXPECT_EQ(live_blocks(), before);
 }
 
-TEST_F(ApplicationLife, a_window_that_cannot_be_made_is_reported_and_run_returns_without_shutting_down)
+TEST_F(ApplicationLife, AWindowThatCannotBeMadeIsReportedAndRunReturnsWithoutShuttingDown)
 {
     ReportCapture reports;
     ScriptedApp app(false, Ending::CloseButton, {1 << 20, 1 << 20});
@@ -228,7 +228,7 @@ TEST_F(ApplicationLife, a_window_that_cannot_be_made_is_reported_and_run_returns
     EXPECT_FALSE(Shutdown::isExiting());
 }
 
-TEST_F(ApplicationLife, suspend_stops_the_tick_and_resume_brings_back_tick_activity_and_focus)
+TEST_F(ApplicationLife, SuspendStopsTheTickAndResumeBringsBackTickActivityAndFocus)
 {
     iRootWindow::InitArgs args;
     args.size = {100, 80};

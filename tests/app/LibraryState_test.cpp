@@ -27,7 +27,7 @@ struct Heard {
 
 } // namespace
 
-TEST(LibraryState, listeners_on_the_library_notifier)
+TEST(LibraryState, ListenersOnTheLibraryNotifier)
 {
     Heard focus, everything, mouse;
     auto focus_guard = Tela::addListener(focus.callback(), 12);
@@ -48,7 +48,7 @@ TEST(LibraryState, listeners_on_the_library_notifier)
     EXPECT_EQ(focus.types.size(), 1u);
 }
 
-TEST(LibraryState, debug_commands_are_registered_at_load_and_work)
+TEST(LibraryState, DebugCommandsAreRegisteredAtLoadAndWork)
 {
     CommandMap& commands = CommandMap::instance();
     for (const char* name : {"TELA reset mouse handling", "Toggle draw debugging", "Toggle Window Style",
@@ -88,7 +88,7 @@ TEST(LibraryState, debug_commands_are_registered_at_load_and_work)
     tela_deletecanvas(root);
 }
 
-TEST(LibraryState, splat_prints_the_message_and_returns)
+TEST(LibraryState, SplatPrintsTheMessageAndReturns)
 {
     ReportCapture reports;
     tela_splat("canvas_connect: bad parent");

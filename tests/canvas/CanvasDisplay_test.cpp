@@ -41,7 +41,7 @@ struct Scene {
 
 } // namespace
 
-TEST(CanvasDisplay, a_translucent_rectangle_goes_through_the_in_front_shader)
+TEST(CanvasDisplay, ATranslucentRectangleGoesThroughTheInFrontShader)
 {
     Scene scene;
     scene.canvas->shape(region_mkrect(TopDownRect{10, 20, 50, 40}));
@@ -60,7 +60,7 @@ TEST(CanvasDisplay, a_translucent_rectangle_goes_through_the_in_front_shader)
     EXPECT_EQ(shader.inputs[0].second, (Qv::Rectangle<float>{0, 0, 40, 20}));
 }
 
-TEST(CanvasDisplay, a_shaped_canvas_blits_through_its_shape_and_ignores_opacity)
+TEST(CanvasDisplay, AShapedCanvasBlitsThroughItsShapeAndIgnoresOpacity)
 {
     Scene scene;
     scene.canvas->shape(makeCurvedRegion({40, 20}, 15, eLargeCorners));
@@ -81,7 +81,7 @@ TEST(CanvasDisplay, a_shaped_canvas_blits_through_its_shape_and_ignores_opacity)
     EXPECT_TRUE(scene.recorder->primitive<ImageDescriptionEx>(1).enabled);
 }
 
-TEST(CanvasDisplay, nothing_without_a_shape_or_a_buffer)
+TEST(CanvasDisplay, NothingWithoutAShapeOrABuffer)
 {
     Scene scene;
     scene.canvas->display(scene.renderer);
@@ -90,7 +90,7 @@ TEST(CanvasDisplay, nothing_without_a_shape_or_a_buffer)
     EXPECT_EQ(scene.recorder->callCount(), 0u);
 }
 
-TEST(RootBackground, tiles_line_up_with_the_window_and_later_tiles_cover_the_cut_ones)
+TEST(RootBackground, TilesLineUpWithTheWindowAndLaterTilesCoverTheCutOnes)
 {
     RecordingRenderer recorder;
     Qv::Ptr<iImage> tile;
@@ -119,7 +119,7 @@ TEST(RootBackground, tiles_line_up_with_the_window_and_later_tiles_cover_the_cut
     EXPECT_EQ(recorder.primitive<ImageDescription>(0).sourceRect, (TopDownRect{0, 0, 16, 16}));
 }
 
-TEST(RootBackground, a_negative_phase_starts_the_grid_inside_and_leaves_strips)
+TEST(RootBackground, ANegativePhaseStartsTheGridInsideAndLeavesStrips)
 {
     RecordingRenderer recorder;
     Qv::Ptr<iImage> tile;
@@ -139,7 +139,7 @@ TEST(RootBackground, a_negative_phase_starts_the_grid_inside_and_leaves_strips)
     }
 }
 
-TEST(RootBackground, a_bottom_child_over_the_whole_window_leaves_nothing_to_fill)
+TEST(RootBackground, ABottomChildOverTheWholeWindowLeavesNothingToFill)
 {
     iRootWindow::InitArgs args;
     args.size = {100, 80};

@@ -90,7 +90,7 @@ protected:
 
 } // namespace
 
-TEST_F(CanvasGeometry, placing_sets_matrix_inverse_shape_and_buffer_together)
+TEST_F(CanvasGeometry, PlacingSetsMatrixInverseShapeAndBufferTogether)
 {
     Canvas* c = placed(root, 20, 10, 70, 40); // 50 x 30, its bottom 60 above the window's
     EXPECT_EQ(c->matrix[0][2], 20);
@@ -119,7 +119,7 @@ TEST_F(CanvasGeometry, placing_sets_matrix_inverse_shape_and_buffer_together)
     EXPECT_EQ(c->inverseMatrix[0][2], -120);
 }
 
-TEST_F(CanvasGeometry, placing_refuses_what_it_cannot_place_and_leaves_it_alone)
+TEST_F(CanvasGeometry, PlacingRefusesWhatItCannotPlaceAndLeavesItAlone)
 {
     ReportCapture reports;
     Canvas* loose = tela_newcanvas(nullptr, nullptr);
@@ -136,7 +136,7 @@ TEST_F(CanvasGeometry, placing_refuses_what_it_cannot_place_and_leaves_it_alone)
     EXPECT_EQ(tela_placecanvas(nullptr, TopDownRect{0, 0, 10, 10}), 0);
 }
 
-TEST_F(CanvasGeometry, setting_the_matrix_stores_it_with_its_true_inverse)
+TEST_F(CanvasGeometry, SettingTheMatrixStoresItWithItsTrueInverse)
 {
     Canvas* c = tela_newcanvas(nullptr, root);
     const double matrix[3][3] = {{2, 0, 10}, {0, 4, -20}, {0, 0, 1}};
@@ -155,7 +155,7 @@ TEST_F(CanvasGeometry, setting_the_matrix_stores_it_with_its_true_inverse)
     tela_setcanvasmatrix(nullptr, matrix); // ignored
 }
 
-TEST_F(CanvasGeometry, reshaping_places_the_region_by_the_current_matrix_and_repaints_both_areas)
+TEST_F(CanvasGeometry, ReshapingPlacesTheRegionByTheCurrentMatrixAndRepaintsBothAreas)
 {
     Canvas* c = placed(root, 10, 10, 30, 30);
     settle();
@@ -185,7 +185,7 @@ TEST_F(CanvasGeometry, reshaping_places_the_region_by_the_current_matrix_and_rep
     EXPECT_EQ(box_of(c), (Qv::Box<int>{-3, 87, 7, 97}));
 }
 
-TEST_F(CanvasGeometry, moving_uncovers_only_what_the_canvas_leaves_and_takes_its_group_along)
+TEST_F(CanvasGeometry, MovingUncoversOnlyWhatTheCanvasLeavesAndTakesItsGroupAlong)
 {
     Canvas* c = placed(root, 10, 10, 50, 50);
     Canvas* child = placed(c, 20, 20, 30, 30);
@@ -229,7 +229,7 @@ TEST_F(CanvasGeometry, moving_uncovers_only_what_the_canvas_leaves_and_takes_its
     tela_translatecanvtree(nullptr, 5, 5, 0);
 }
 
-TEST_F(CanvasGeometry, exposing_marks_what_lies_beneath_and_nothing_above)
+TEST_F(CanvasGeometry, ExposingMarksWhatLiesBeneathAndNothingAbove)
 {
     Canvas* older = placed(root, 0, 0, 100, 100);
     Canvas* older_child = placed(older, 10, 10, 60, 60);
@@ -259,7 +259,7 @@ TEST_F(CanvasGeometry, exposing_marks_what_lies_beneath_and_nothing_above)
     }
 }
 
-TEST_F(CanvasGeometry, a_copied_canvas_takes_every_field_but_has_a_lock_of_its_own)
+TEST_F(CanvasGeometry, ACopiedCanvasTakesEveryFieldButHasALockOfItsOwn)
 {
     Canvas* c = placed(root, 10, 10, 50, 50);
     c->stickyId = 3;

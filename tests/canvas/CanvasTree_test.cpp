@@ -79,7 +79,7 @@ struct RootRegistration {
 
 } // namespace
 
-TEST(CanvasTree, random_connections_agree_with_a_model_in_links_levels_and_every_walk)
+TEST(CanvasTree, RandomConnectionsAgreeWithAModelInLinksLevelsAndEveryWalk)
 {
     for (unsigned seed = 1; seed <= 40; ++seed) {
         SCOPED_TRACE(seed);
@@ -145,7 +145,7 @@ TEST(CanvasTree, random_connections_agree_with_a_model_in_links_levels_and_every
     }
 }
 
-TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
+TEST(CanvasTree, KeepTopmostChildrenStayAboveNewAndRaisedOnes)
 {
     Canvas* parent = tela_newcanvas(nullptr, nullptr);
     Canvas* first = tela_newcanvas(nullptr, parent);
@@ -160,16 +160,16 @@ TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{second, first, pinned}));
 
     canvas_pop_to_top(pinned, false); // already keep-topmost: the very top, flag kept
-    EXPECT_TRUE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_TRUE(pinned->canvasFlags & Canvas::KEEP_TOPMOST);
     EXPECT_TRUE(canvas_is_topmost(pinned));
 
     canvas_pop_to_top(second, true); // forced: the very top, and now pinned too
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
-    EXPECT_TRUE(second->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_TRUE(second->canvasFlags & Canvas::KEEP_TOPMOST);
 
     canvasKeepTopmost(pinned, false); // just above the highest ordinary child
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
-    EXPECT_FALSE(pinned->canvasFlags & Canvas::kKeepTopmost);
+    EXPECT_FALSE(pinned->canvasFlags & Canvas::KEEP_TOPMOST);
     canvasKeepTopmost(second, false);
     EXPECT_EQ(walk(parent, canvas_walk_children_oldest_first), (Order{first, pinned, second}));
 
@@ -178,7 +178,7 @@ TEST(CanvasTree, keep_topmost_children_stay_above_new_and_raised_ones)
     tela_deletecanvas(parent);
 }
 
-TEST(CanvasTree, misuse_is_reported_and_the_call_carries_on)
+TEST(CanvasTree, MisuseIsReportedAndTheCallCarriesOn)
 {
     ReportCapture reports;
     Canvas* a = tela_newcanvas(nullptr, nullptr);
@@ -218,7 +218,7 @@ TEST(CanvasTree, misuse_is_reported_and_the_call_carries_on)
     tela_deletecanvas(b);
 }
 
-TEST(CanvasTree, a_loop_made_by_misuse_is_reported_and_no_walk_goes_round_for_ever)
+TEST(CanvasTree, ALoopMadeByMisuseIsReportedAndNoWalkGoesRoundForEver)
 {
     iRootWindow::InitArgs args;
     args.size = {100, 80};
@@ -278,7 +278,7 @@ TEST(CanvasTree, a_loop_made_by_misuse_is_reported_and_no_walk_goes_round_for_ev
     tela_deletecanvas(root);
 }
 
-TEST(CanvasTree, interest_bits_and_timer_reset)
+TEST(CanvasTree, InterestBitsAndTimerReset)
 {
     Canvas* c = tela_newcanvas(nullptr, nullptr);
     EXPECT_EQ(c->interest, 0x100u);
@@ -304,7 +304,7 @@ struct RecordingCanvas : Canvas {
 
 } // namespace
 
-TEST(CanvasDeletion, deletes_youngest_first_recursively_and_children_before_the_parent)
+TEST(CanvasDeletion, DeletesYoungestFirstRecursivelyAndChildrenBeforeTheParent)
 {
     g_destroyed_ids.clear();
     auto* root = new RecordingCanvas(nullptr);
@@ -323,7 +323,7 @@ TEST(CanvasDeletion, deletes_youngest_first_recursively_and_children_before_the_
     EXPECT_EQ(tela_live_canvas_count(), live - static_cast<int>(expected.size()));
 }
 
-TEST(CanvasDeletion, leaves_no_dead_canvas_in_focus_capture_current_or_the_saved_state)
+TEST(CanvasDeletion, LeavesNoDeadCanvasInFocusCaptureCurrentOrTheSavedState)
 {
     Canvas* root = tela_newcanvas(nullptr, nullptr);
     RootRegistration registration(root);
@@ -350,7 +350,7 @@ TEST(CanvasDeletion, leaves_no_dead_canvas_in_focus_capture_current_or_the_saved
     tela_deletecanvas(root);
 }
 
-TEST(CanvasDeletion, a_tree_of_ten_thousand_canvases_returns_every_block)
+TEST(CanvasDeletion, ATreeOfTenThousandCanvasesReturnsEveryBlock)
 {
     const auto before = live_blocks();
     {

@@ -25,14 +25,14 @@
 
 namespace {
 
-constexpr int kWidth = 160, kHeight = 120;
+constexpr int WIDTH = 160, HEIGHT = 120;
 
 struct Window {
     explicit Window(iImageBase::eLocation location)
     {
         Headless::services().windowing()->setDefaultDisplayLocation(location);
         iRootWindow::InitArgs args;
-        args.size = {kWidth, kHeight};
+        args.size = {WIDTH, HEIGHT};
         args.eventHandler = sink;
         root = tela_createRootCanvas(args);
         Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
@@ -52,9 +52,9 @@ struct Window {
     {
         Canvas* c = tela_newcanvas(nullptr, parent);
         c->matrix[0][2] = left;
-        c->matrix[1][2] = kHeight - top - height;
+        c->matrix[1][2] = HEIGHT - top - height;
         c->inverseMatrix[0][2] = -left;
-        c->inverseMatrix[1][2] = -(kHeight - top - height);
+        c->inverseMatrix[1][2] = -(HEIGHT - top - height);
         c->shape(shape ? region_translate(shape, left, -top)
                        : region_mkrect(TopDownRect{left, top, left + width, top + height}));
         c->reshape({width, height});
@@ -113,7 +113,7 @@ int differing_pixels(const Qv::Ptr<iImage>& grabbed, const Headless::HostImage& 
 
 } // namespace
 
-TEST(Composition, a_grab_of_a_composited_window_holds_exactly_what_its_frame_shows)
+TEST(Composition, AGrabOfACompositedWindowHoldsExactlyWhatItsFrameShows)
 {
     Window window(iImageBase::eGPU);
     ASSERT_TRUE(window.root);
@@ -124,12 +124,12 @@ TEST(Composition, a_grab_of_a_composited_window_holds_exactly_what_its_frame_sho
 
     // Both grabs lay canvases as the frame does, to the last bit.
     EXPECT_EQ(differing_pixels(window.root->grabImage(), *window.pixels, 0, 0, 0), 0);
-    EXPECT_EQ(differing_pixels(tela_getScreenRect(Qv::Box<int>{0, 0, kWidth, kHeight}), *window.pixels, 0, 0, 0), 0);
+    EXPECT_EQ(differing_pixels(tela_getScreenRect(Qv::Box<int>{0, 0, WIDTH, HEIGHT}), *window.pixels, 0, 0, 0), 0);
     // A part across all of them: bottom-up (30, 10)-(150, 90) is window rows 30 to 110.
     EXPECT_EQ(differing_pixels(tela_getScreenRect(Qv::Box<int>{30, 10, 150, 90}), *window.pixels, 30, 30, 0), 0);
 }
 
-TEST(Composition, a_grab_of_a_host_window_holds_what_its_blits_show)
+TEST(Composition, AGrabOfAHostWindowHoldsWhatItsBlitsShow)
 {
     Window window(iImageBase::eHostMemory);
     ASSERT_TRUE(window.root);
@@ -141,11 +141,11 @@ TEST(Composition, a_grab_of_a_host_window_holds_what_its_blits_show)
     // of rounding per channel. A nested translucent canvas is blitted over
     // the whole of the root's children, itself among them, so its panel is
     // left out of the comparison.
-    const Qv::Box<int> outside_panel{100, 0, kWidth, kHeight - 30}; // window rows 30 to 120, columns 100 on
+    const Qv::Box<int> outside_panel{100, 0, WIDTH, HEIGHT - 30}; // window rows 30 to 120, columns 100 on
     EXPECT_EQ(differing_pixels(tela_getScreenRect(outside_panel), *window.pixels, 100, 30, 1), 0);
 }
 
-TEST(Composition, damage_on_a_composited_window_waits_for_the_frame)
+TEST(Composition, DamageOnACompositedWindowWaitsForTheFrame)
 {
     Window window(iImageBase::eGPU);
     ASSERT_TRUE(window.root);

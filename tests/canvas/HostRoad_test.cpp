@@ -33,7 +33,7 @@
 
 namespace {
 
-constexpr int kWidth = 240, kHeight = 160;
+constexpr int WIDTH = 240, HEIGHT = 160;
 
 // A canvas at window rectangle (left, top, width, height), cut by `shape` (in
 // its own box, top-down) when given, and cleared to one colour through the
@@ -100,12 +100,12 @@ int differing_pixels(const Headless::HostImage& a, const Headless::HostImage& b,
 
 class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
 
-TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference_shows)
+TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
 {
     Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
     iRootWindow::InitArgs args;
-    args.size = {kWidth, kHeight};
+    args.size = {WIDTH, HEIGHT};
     args.wallpaper = Qv::make<CheckerWallpaper>();
     args.eventHandler = sink;
     RootCanvas* root = tela_createRootCanvas(args);
@@ -174,7 +174,7 @@ TEST_P(DisplayRoads, a_dozen_canvases_paint_moved_and_restacked_as_the_reference
 INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::eHostMemory, iImageBase::eGPU),
                          [](const auto& info) { return info.param == iImageBase::eGPU ? "composited" : "host"; });
 
-TEST_P(DisplayRoads, a_new_window_shows_its_colour_where_no_canvas_covers_it)
+TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
 {
     Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
@@ -197,7 +197,7 @@ TEST_P(DisplayRoads, a_new_window_shows_its_colour_where_no_canvas_covers_it)
     tela_deletecanvas(root);
 }
 
-TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
+TEST(RootCanvas, ATallerWindowKeepsCanvasesAtTheirDistanceFromTheTop)
 {
     const auto wallpaper = Qv::make<CheckerWallpaper>();
     iRootWindow::InitArgs args;
@@ -228,7 +228,7 @@ TEST(RootCanvas, a_taller_window_keeps_canvases_at_their_distance_from_the_top)
     tela_deletecanvas(root);
 }
 
-TEST(RootCanvas, the_window_colour_is_the_users_choice_from_run_to_run)
+TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
 {
     iRootWindow::InitArgs args;
     args.size = {40, 30};
@@ -266,7 +266,7 @@ TEST(RootCanvas, the_window_colour_is_the_users_choice_from_run_to_run)
     tela_deletecanvas(first);
 }
 
-TEST(RootCanvas, a_new_wallpaper_takes_effect_only_while_changes_are_enabled)
+TEST(RootCanvas, ANewWallpaperTakesEffectOnlyWhileChangesAreEnabled)
 {
     iRootWindow::InitArgs args;
     args.size = {64, 48};

@@ -92,7 +92,7 @@ protected:
     std::uint32_t shown(int x, int y) const { return m_window->pixels()->pixelAt(x, y); }
     void clear() { m_window->pixels()->fill(0); }
 
-    static constexpr std::uint32_t kRed = 0xFFFF0000, kBlue = 0xFF0000FF, kGreen = 0xFF00FF00;
+    static constexpr std::uint32_t RED = 0xFFFF0000, BLUE = 0xFF0000FF, GREEN = 0xFF00FF00;
 
     Canvas* root = nullptr;
     Qv::Ptr<Headless::RootWindow> m_window;
@@ -100,7 +100,7 @@ protected:
 
 } // namespace
 
-TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_parts_of_a_canvas)
+TEST_F(WindowFixture, YoungerHeavyweightSiblingsAndOpaqueChildrenHidePartsOfACanvas)
 {
     Canvas* a = child(root, 10, 10, 60, 60);
     Canvas* b = child(root, 40, 40, 90, 90);          // younger, heavyweight: covers
@@ -133,7 +133,7 @@ TEST_F(WindowFixture, younger_heavyweight_siblings_and_opaque_children_hide_part
 // canvas, exactly the rectangles of asking one canvas at a time: random trees of
 // overlapping, shaped, unshaped, unmapped, lightweight and translucent canvases,
 // asked for in random order.
-TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
+TEST_F(WindowFixture, VisibleRegionsOfAPassAreThoseOfEachCanvasAlone)
 {
     const auto rects_of = [](const RegionPtr& r) {
         std::vector<std::array<int, 4>> out;
@@ -188,7 +188,7 @@ TEST_F(WindowFixture, visible_regions_of_a_pass_are_those_of_each_canvas_alone)
 // to be indexed must leave the same damage and print the same trace as that
 // walk, while translucency is set by hand between marks and shapes and
 // stacking change between rounds.
-TEST_F(WindowFixture, see_through_marks_are_those_of_walking_every_younger_top_level_sibling)
+TEST_F(WindowFixture, SeeThroughMarksAreThoseOfWalkingEveryYoungerTopLevelSibling)
 {
     const auto walk = [](Canvas* c, const RegionPtr& region) {
         canvupd_mark_region_exact(c, region, true, false);
@@ -260,13 +260,13 @@ TEST_F(WindowFixture, see_through_marks_are_those_of_walking_every_younger_top_l
     }
 }
 
-TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show_at_once)
+TEST_F(WindowFixture, MarksAreBoxesWithinTheShapeAndHeavyweightOnesShowAtOnce)
 {
     Canvas* shapeless = tela_newcanvas(nullptr, root);
     canvupd_mark_region_exact(shapeless, rect(0, 0, 10, 10), true, true);
     EXPECT_EQ(shapeless->dirty, 0);
 
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
     canvupd_mark_region_exact(a, rect(100, 0, 120, 10), true, false); // misses the box
     EXPECT_EQ(a->dirty, 0);
     clear();
@@ -275,8 +275,8 @@ TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show
     // and only over the marked box.
     canvupd_mark_region_exact(a, rect(0, 0, 20, 20), true, false);
     EXPECT_EQ(a->dirty, 0);
-    EXPECT_EQ(shown(10, 10), kRed);
-    EXPECT_EQ(shown(19, 19), kRed);
+    EXPECT_EQ(shown(10, 10), RED);
+    EXPECT_EQ(shown(19, 19), RED);
     EXPECT_EQ(shown(20, 20), 0u);
     EXPECT_EQ(shown(9, 9), 0u);
 
@@ -290,10 +290,10 @@ TEST_F(WindowFixture, marks_are_boxes_within_the_shape_and_heavyweight_ones_show
     EXPECT_EQ(canvupd_pending_canvas(), nullptr);
 }
 
-TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_to_every_root)
+TEST_F(WindowFixture, DeferredMarksShowOnceAndTwoCanvasesWidenThePassToEveryRoot)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
-    Canvas* b = child(root, 100, 10, 150, 60, kBlue);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
+    Canvas* b = child(root, 100, 10, 150, 60, BLUE);
     clear();
     {
         Tela::UpdateDeferrer deferrer(nullptr, true);
@@ -306,13 +306,13 @@ TEST_F(WindowFixture, deferred_marks_show_once_and_two_canvases_widen_the_pass_t
     EXPECT_EQ(a->dirty, 0);
     EXPECT_EQ(b->dirty, 0);
     EXPECT_FALSE(canvupd_pending_several());
-    EXPECT_EQ(shown(20, 20), kRed);
-    EXPECT_EQ(shown(120, 20), kBlue);
+    EXPECT_EQ(shown(20, 20), RED);
+    EXPECT_EQ(shown(120, 20), BLUE);
 }
 
-TEST_F(WindowFixture, a_deferrer_ending_on_another_thread_leaves_the_painting_to_the_main_thread)
+TEST_F(WindowFixture, ADeferrerEndingOnAnotherThreadLeavesThePaintingToTheMainThread)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
     clear();
     tela_refresh_off();
     canvupd_mark_all(a);
@@ -326,12 +326,12 @@ TEST_F(WindowFixture, a_deferrer_ending_on_another_thread_leaves_the_painting_to
     EXPECT_EQ(canvupd_pending_canvas(), a);
     EXPECT_EQ(shown(20, 20), 0u);
     { Tela::UpdateDeferrer deferrer(nullptr, true); }
-    EXPECT_EQ(shown(20, 20), kRed);
+    EXPECT_EQ(shown(20, 20), RED);
 }
 
-TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_deferrer)
+TEST_F(WindowFixture, WithoutPresentingThePendingCanvasWaitsForTheNextDeferrer)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
     clear();
     {
         Tela::UpdateDeferrer deferrer(nullptr, false);
@@ -343,10 +343,10 @@ TEST_F(WindowFixture, without_presenting_the_pending_canvas_waits_for_the_next_d
     { Tela::UpdateDeferrer deferrer(nullptr, true); }
     EXPECT_EQ(canvupd_pending_canvas(), nullptr);
     EXPECT_EQ(a->dirty, 0);
-    EXPECT_EQ(shown(20, 20), kRed);
+    EXPECT_EQ(shown(20, 20), RED);
 }
 
-TEST_F(WindowFixture, a_rectangle_already_damaged_is_not_marked_again)
+TEST_F(WindowFixture, ARectangleAlreadyDamagedIsNotMarkedAgain)
 {
     Canvas* a = child(root, 10, 10, 60, 60);
     canvupdTrace = 1; // trace without forcing the refresh
@@ -368,21 +368,21 @@ TEST_F(WindowFixture, a_rectangle_already_damaged_is_not_marked_again)
     canvupdTrace = 0;
 }
 
-TEST_F(WindowFixture, a_new_canvas_is_mapped_without_marks_but_unmapping_exposes_what_lies_beneath)
+TEST_F(WindowFixture, ANewCanvasIsMappedWithoutMarksButUnmappingExposesWhatLiesBeneath)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* b = child(nullptr, 20, 20, 40, 40);
     b->window = root->window;
     b->reshape({20, 20});
-    Qv::dynamicCast<Headless::HostImage>(b->offscreenBuffer)->fill(kBlue);
+    Qv::dynamicCast<Headless::HostImage>(b->offscreenBuffer)->fill(BLUE);
     clear();
     canvas_connect(b, root, 5); // born mapped: nothing is marked, nothing shows
     EXPECT_EQ(shown(25, 25), 0u);
 
     tela_unmapcanvas(b); // what lay beneath is shown again
-    EXPECT_EQ(shown(25, 25), kRed);
+    EXPECT_EQ(shown(25, 25), RED);
     tela_mapcanvas(b);
-    EXPECT_EQ(shown(25, 25), kBlue);
+    EXPECT_EQ(shown(25, 25), BLUE);
 
     tela_exiting(true);
     tela_unmapcanvas(b); // no repaint during teardown
@@ -399,10 +399,10 @@ TEST_F(WindowFixture, a_new_canvas_is_mapped_without_marks_but_unmapping_exposes
     EXPECT_EQ(inner->mapped, 1);
 }
 
-TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places)
+TEST_F(WindowFixture, MovingACanvasMovesItsSubtreeAndRepaintsBothPlaces)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
-    Canvas* inner = child(a, 20, 20, 30, 30, kGreen);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
+    Canvas* inner = child(a, 20, 20, 30, 30, GREEN);
     tela_placecanvas(a, TopDownRect{10, 10, 60, 60});
     tela_placecanvas(inner, TopDownRect{20, 20, 30, 30});
     tela_display_dirty_regions(nullptr);
@@ -410,23 +410,23 @@ TEST_F(WindowFixture, moving_a_canvas_moves_its_subtree_and_repaints_both_places
     canvupd_mark_all(root);
     canvupd_mark_all(a);
     canvupd_mark_all(inner);
-    EXPECT_EQ(shown(15, 15), kRed);
-    EXPECT_EQ(shown(25, 25), kGreen);
+    EXPECT_EQ(shown(15, 15), RED);
+    EXPECT_EQ(shown(25, 25), GREEN);
     tela_translatecanvas(a, 100, 0);
     EXPECT_EQ(a->matrix[0][2], 110);
     EXPECT_EQ(inner->matrix[0][2], 120);
     EXPECT_TRUE(a->shape()->contains({150, 20}));
     EXPECT_TRUE(inner->shape()->contains({125, 25}));
     EXPECT_EQ(shown(15, 15), 0xFFD4D4D4u);  // the background where it was
-    EXPECT_EQ(shown(115, 15), kRed);        // the canvas where it went
-    EXPECT_EQ(shown(125, 25), kGreen);      // with its child
+    EXPECT_EQ(shown(115, 15), RED);        // the canvas where it went
+    EXPECT_EQ(shown(125, 25), GREEN);      // with its child
 
     a->osRenderer = nullptr;
     a->translate(0, 0); // no move: nothing dropped, nothing moved
     EXPECT_EQ(a->matrix[0][2], 110);
 }
 
-TEST_F(WindowFixture, sticky_groups_move_together_and_dissolve_below_two)
+TEST_F(WindowFixture, StickyGroupsMoveTogetherAndDissolveBelowTwo)
 {
     Canvas* a = child(root, 0, 0, 10, 10);
     Canvas* b = child(root, 20, 0, 30, 10);
@@ -450,7 +450,7 @@ TEST_F(WindowFixture, sticky_groups_move_together_and_dissolve_below_two)
     EXPECT_EQ(tela_get_sticky_id(nullptr), -1);
 }
 
-TEST_F(WindowFixture, picking_prefers_heavyweight_children_whatever_their_stacking)
+TEST_F(WindowFixture, PickingPrefersHeavyweightChildrenWhateverTheirStacking)
 {
     Canvas* heavy = child(root, 10, 10, 60, 60);
     Canvas* light = child(root, 10, 10, 60, 60); // younger, on top, but lightweight
@@ -463,7 +463,7 @@ TEST_F(WindowFixture, picking_prefers_heavyweight_children_whatever_their_stacki
     EXPECT_EQ(canvas_pick(heavy, {500, 80}), heavy);    // a given start is not tested
 }
 
-TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_box)
+TEST_F(WindowFixture, TheCompositedRoadAsksForOneFrameOverTheDamagedBox)
 {
     m_window->setDisplayLocation(iImageBase::eGPU);
     Canvas* a = child(root, 10, 10, 20, 20);
@@ -491,47 +491,47 @@ TEST_F(WindowFixture, the_composited_road_asks_for_one_frame_over_the_damaged_bo
     EXPECT_EQ(take_invalid(), nullptr); // no mapped canvas was dirty: no frame
 }
 
-TEST_F(WindowFixture, wiping_fills_the_current_canvas_with_the_current_colour_and_shows_it)
+TEST_F(WindowFixture, WipingFillsTheCurrentCanvasWithTheCurrentColourAndShowsIt)
 {
-    Canvas* a = child(root, 10, 10, 60, 60, kRed);
+    Canvas* a = child(root, 10, 10, 60, 60, RED);
     Canvas* light = child(a, 20, 20, 40, 40); // draws into a's buffer
     light->lightweight = 1;
     tela_setcanvas(light);
     tela_setcolour(0xFF0000); // packed: blue in bits 16-23
     tela_wipecanvas();
-    EXPECT_EQ(shown(25, 25), kBlue);
+    EXPECT_EQ(shown(25, 25), BLUE);
     EXPECT_EQ(shown(15, 15), 0u); // outside the wiped canvas nothing was shown
     auto buffer = Qv::dynamicCast<Headless::HostImage>(a->offscreenBuffer);
-    EXPECT_EQ(buffer->pixelAt(5, 5), kRed);   // the owner's own pixels stay
-    EXPECT_EQ(buffer->pixelAt(15, 15), kBlue); // the lightweight child's are in its buffer
+    EXPECT_EQ(buffer->pixelAt(5, 5), RED);   // the owner's own pixels stay
+    EXPECT_EQ(buffer->pixelAt(15, 15), BLUE); // the lightweight child's are in its buffer
     tela_setcanvas(nullptr);
     tela_wipecanvas(); // no current canvas: nothing happens
     tela_setcolour(0);
 }
 
-TEST_F(WindowFixture, turning_lightweight_hands_the_pixels_to_the_parents_buffer)
+TEST_F(WindowFixture, TurningLightweightHandsThePixelsToTheParentsBuffer)
 {
-    Canvas* parent = child(root, 10, 10, 110, 90, kBlue);
-    Canvas* inner = child(parent, 30, 20, 60, 50, kRed);
+    Canvas* parent = child(root, 10, 10, 110, 90, BLUE);
+    Canvas* inner = child(parent, 30, 20, 60, 50, RED);
     auto parent_pixels = [&](int x, int y) {
         return Qv::dynamicCast<Headless::HostImage>(parent->offscreenBuffer)->pixelAt(x - 10, y - 10);
     };
     tela_setlightweight(inner, 1);
     EXPECT_EQ(inner->lightweight, 1);
-    EXPECT_EQ(parent_pixels(30, 20), kRed);
-    EXPECT_EQ(parent_pixels(59, 49), kRed);
-    EXPECT_EQ(parent_pixels(60, 50), kBlue);
-    EXPECT_EQ(parent_pixels(29, 19), kBlue);
+    EXPECT_EQ(parent_pixels(30, 20), RED);
+    EXPECT_EQ(parent_pixels(59, 49), RED);
+    EXPECT_EQ(parent_pixels(60, 50), BLUE);
+    EXPECT_EQ(parent_pixels(29, 19), BLUE);
     EXPECT_TRUE(inner->offscreenBuffer); // kept for turning back
 
     // A copy whose region hangs over the source's left and top edges lands as
     // far further in, and only what lies in both shapes moves.
-    Canvas* source = child(root, 120, 10, 140, 30, kGreen);
+    Canvas* source = child(root, 120, 10, 140, 30, GREEN);
     canvas_pixcopy_region(source, parent, rect(115, 5, 125, 15), -100, 0);
-    EXPECT_EQ(parent_pixels(20, 10), kGreen);   // source pixel (120, 10), moved 100 left
-    EXPECT_EQ(parent_pixels(24, 14), kGreen);
-    EXPECT_EQ(parent_pixels(19, 10), kBlue);    // over the edge: nothing to copy
-    EXPECT_EQ(parent_pixels(25, 15), kBlue);
+    EXPECT_EQ(parent_pixels(20, 10), GREEN);   // source pixel (120, 10), moved 100 left
+    EXPECT_EQ(parent_pixels(24, 14), GREEN);
+    EXPECT_EQ(parent_pixels(19, 10), BLUE);    // over the edge: nothing to copy
+    EXPECT_EQ(parent_pixels(25, 15), BLUE);
 }
 
 namespace {
@@ -546,13 +546,13 @@ public:
 
 } // namespace
 
-TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_through)
+TEST_F(WindowFixture, AnUnbufferedCanvasPaintsItselfUnlessItIsSeeThrough)
 {
     UnbufferedClient client;
     Canvas* c = tela_newcanvas(&client, root);
     c->shape(rect(10, 10, 40, 40));
     c->reshape({30, 30});
-    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(kRed);
+    Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(RED);
     c->setDrawMethod(Canvas::eUnbuffered);
     clear();
     canvupd_mark_all(c);
@@ -571,33 +571,33 @@ TEST_F(WindowFixture, an_unbuffered_canvas_paints_itself_unless_it_is_see_throug
     tela_deletecanvas(c);
 }
 
-TEST_F(WindowFixture, tiles_and_reads_back_go_through_the_canvas_coordinates)
+TEST_F(WindowFixture, TilesAndReadsBackGoThroughTheCanvasCoordinates)
 {
-    Canvas* c = child(root, 10, 10, 40, 30, kBlue);
+    Canvas* c = child(root, 10, 10, 40, 30, BLUE);
     tela_placecanvas(c, TopDownRect{10, 10, 40, 30}); // where its shape is: 10 from the left, 70 up
     Qv::Ptr<Headless::HostImage> tile = Headless::HostImage::create({3, 1});
-    const std::uint32_t stripes[3] = {kRed, kGreen, kBlue};
+    const std::uint32_t stripes[3] = {RED, GREEN, BLUE};
     std::memcpy(tile->data(), stripes, sizeof stripes);
     auto buffer = Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer);
 
     // The canvas sits at x 10: its own grid starts one pixel into a tile.
     tela_textureRect(c, tile, nullptr, eTextureCanvas);
-    EXPECT_EQ(buffer->pixelAt(0, 0), kGreen);
-    EXPECT_EQ(buffer->pixelAt(29, 19), kRed);  // the whole canvas is covered, to its last column
-    EXPECT_EQ(shown(10, 10), kGreen);          // and shown
+    EXPECT_EQ(buffer->pixelAt(0, 0), GREEN);
+    EXPECT_EQ(buffer->pixelAt(29, 19), RED);  // the whole canvas is covered, to its last column
+    EXPECT_EQ(shown(10, 10), GREEN);          // and shown
     tela_textureRect(c, tile, nullptr, eTextureBox);
-    EXPECT_EQ(buffer->pixelAt(0, 0), kRed);
+    EXPECT_EQ(buffer->pixelAt(0, 0), RED);
 
     // A bottom-up box of the canvas read back: its top-left is 5 in, 10 down.
-    buffer->fill(kBlue);
-    std::memcpy(buffer->data() + 10 * buffer->stride() + 5 * 4, &kRed, 4);
+    buffer->fill(BLUE);
+    std::memcpy(buffer->data() + 10 * buffer->stride() + 5 * 4, &RED, 4);
     const Qv::Ptr<iImage> part = tela_getCanvasPixels(c, Qv::Box<double>{5, 5, 15, 10});
     ASSERT_TRUE(part);
     XY<int> size;
     part->getSize(size);
     EXPECT_EQ(size, (XY<int>{10, 5}));
-    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(0, 0), kRed);
-    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(1, 0), kBlue);
+    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(0, 0), RED);
+    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(1, 0), BLUE);
     EXPECT_FALSE(tela_getCanvasPixels(nullptr, Qv::Box<double>{0, 0, 1, 1}));
     tela_deletecanvas(c);
 }

@@ -37,7 +37,7 @@ private:
 
 } // namespace
 
-TEST(BackgroundTasks, run_in_order_on_a_worker_with_urgent_ones_first)
+TEST(BackgroundTasks, RunInOrderOnAWorkerWithUrgentOnesFirst)
 {
     Shutdown::resetForTesting();
     s_ran.clear();

@@ -120,7 +120,7 @@ TEST(ConfigDirectory, FollowsXdgConfigHomeAndTheApplicationName)
 
 TEST_F(ConfigTest, AFileNestedTooDeepIsReportedAndKeptAside)
 {
-    const std::string deep = "{\"a\": " + std::string(JSON::kMaxDepth, '[') + std::string(JSON::kMaxDepth, ']') + "}";
+    const std::string deep = "{\"a\": " + std::string(JSON::MAX_DEPTH, '[') + std::string(JSON::MAX_DEPTH, ']') + "}";
     writeConfig(deep);
     ReportCapture reports;
     EXPECT_EQ(config_int("a", 3), 3);

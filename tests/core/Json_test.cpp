@@ -65,19 +65,19 @@ TEST(JsonParse, NestingIsBoundedSoDeepDocumentsAreRefusedWhole)
     const auto nested = [](std::size_t depth, char open, char close) {
         return std::string(depth, open) + std::string(depth, close);
     };
-    EXPECT_TRUE(JSON::parse(nested(JSON::kMaxDepth, '[', ']')).ok());
-    for (const std::size_t depth : {JSON::kMaxDepth + 1, std::size_t{100000}}) {
+    EXPECT_TRUE(JSON::parse(nested(JSON::MAX_DEPTH, '[', ']')).ok());
+    for (const std::size_t depth : {JSON::MAX_DEPTH + 1, std::size_t{100000}}) {
         const JSON::ParseResult result = JSON::parse(nested(depth, '[', ']'));
         EXPECT_FALSE(result.ok()) << depth;
         EXPECT_TRUE(result.value.is_discarded());
         EXPECT_NE(result.error.view().find("nested deeper than"), std::string_view::npos) << result.error.c_str();
     }
     std::string objects;
-    for (std::size_t level = 0; level <= JSON::kMaxDepth; ++level)
+    for (std::size_t level = 0; level <= JSON::MAX_DEPTH; ++level)
         objects += "{\"a\":";
-    objects += "1" + std::string(JSON::kMaxDepth + 1, '}');
+    objects += "1" + std::string(JSON::MAX_DEPTH + 1, '}');
     EXPECT_FALSE(JSON::parse(objects).ok());
-    EXPECT_TRUE(JSON::parse(objects, JSON::kMaxDepth + 1).ok()); // a caller may allow more
+    EXPECT_TRUE(JSON::parse(objects, JSON::MAX_DEPTH + 1).ok()); // a caller may allow more
 }
 
 TEST(JsonParse, DocumentsLiveInTheSeamAndReturnEveryBlock)

@@ -77,7 +77,7 @@ protected:
 
 } // namespace
 
-TEST_F(PreferencesTest, a_change_is_on_disk_at_once_and_read_back_in_a_later_run)
+TEST_F(PreferencesTest, AChangeIsOnDiskAtOnceAndReadBackInALaterRun)
 {
     EXPECT_EQ(prefs().getPreference("Default font name", String("Sans")), String("Sans"));
     EXPECT_TRUE(prefs().setPreference("Default font name", String("Serif")));
@@ -93,7 +93,7 @@ TEST_F(PreferencesTest, a_change_is_on_disk_at_once_and_read_back_in_a_later_run
     EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
 }
 
-TEST_F(PreferencesTest, a_bad_file_is_kept_aside_and_a_failed_write_keeps_the_value_for_the_run)
+TEST_F(PreferencesTest, ABadFileIsKeptAsideAndAFailedWriteKeepsTheValueForTheRun)
 {
     TemporaryDirectory::write(directory.file("preferences.json"), "{\"Default font name\": ");
     ReportCapture reports;
@@ -111,7 +111,7 @@ TEST_F(PreferencesTest, a_bad_file_is_kept_aside_and_a_failed_write_keeps_the_va
     EXPECT_EQ(prefs().getPreference("Default font name"), String("Mono"));
 }
 
-TEST_F(PreferencesTest, a_file_that_cannot_be_read_is_reported_once_and_never_written_over)
+TEST_F(PreferencesTest, AFileThatCannotBeReadIsReportedOnceAndNeverWrittenOver)
 {
     const std::string path = directory.file("preferences.json");
     const std::string users = "{\"Default font name\": \"Serif\", \"Something of the user's\": \"kept\"}\n";
@@ -132,7 +132,7 @@ TEST_F(PreferencesTest, a_file_that_cannot_be_read_is_reported_once_and_never_wr
     EXPECT_EQ(directory.entryCount(), 1u);
 }
 
-TEST_F(PreferencesTest, a_bad_file_that_cannot_be_set_aside_is_left_as_it_is)
+TEST_F(PreferencesTest, ABadFileThatCannotBeSetAsideIsLeftAsItIs)
 {
     const std::string path = directory.file("preferences.json");
     TemporaryDirectory::write(path, "{\"Default font name\": \"Serif\",");
@@ -146,13 +146,13 @@ TEST_F(PreferencesTest, a_bad_file_that_cannot_be_set_aside_is_left_as_it_is)
     EXPECT_EQ(reports.count("cannot be set aside"), 1) << reports.text();
 }
 
-TEST_F(PreferencesTest, a_file_nested_too_deep_is_set_aside_so_no_write_meets_it)
+TEST_F(PreferencesTest, AFileNestedTooDeepIsSetAsideSoNoWriteMeetsIt)
 {
-    TemporaryDirectory::write(directory.file("preferences.json"), nested(JSON::kMaxDepth));
+    TemporaryDirectory::write(directory.file("preferences.json"), nested(JSON::MAX_DEPTH));
     EXPECT_EQ(prefs().getPreference("Default font name"), String("Serif"));
 
     ReportCapture reports;
-    for (const std::size_t depth : {JSON::kMaxDepth + 1, std::size_t{100000}}) {
+    for (const std::size_t depth : {JSON::MAX_DEPTH + 1, std::size_t{100000}}) {
         SCOPED_TRACE(depth);
         const std::string place = directory.file(std::to_string(depth));
         std::filesystem::create_directories(place);
@@ -166,7 +166,7 @@ TEST_F(PreferencesTest, a_file_nested_too_deep_is_set_aside_so_no_write_meets_it
     EXPECT_EQ(reports.count("nested deeper than"), 2) << reports.text();
 }
 
-TEST(HTMLUtils, colours_go_to_hex_and_back)
+TEST(HTMLUtils, ColoursGoToHexAndBack)
 {
     unsigned int rgb = 0;
     ASSERT_TRUE(HTMLUtils::parseHex("#D4d0C8", rgb));
@@ -181,7 +181,7 @@ TEST(HTMLUtils, colours_go_to_hex_and_back)
         EXPECT_FALSE(HTMLUtils::parseHex(bad, rgb)) << bad;
 }
 
-TEST(TimedTask, stages_are_counted_by_name_in_the_order_first_seen)
+TEST(TimedTask, StagesAreCountedByNameInTheOrderFirstSeen)
 {
     Qv::TimedTask& task = Qv::TimedTaskManager::instance().task("Test frame");
     EXPECT_EQ(&task, &Qv::TimedTaskManager::instance().task("Test frame"));

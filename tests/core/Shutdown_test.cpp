@@ -20,7 +20,7 @@ void at_50(Shutdown::eExitType) { s_order += "50 "; }
 
 } // namespace
 
-TEST(Shutdown, callbacks_run_once_highest_priority_first_in_the_order_added)
+TEST(Shutdown, CallbacksRunOnceHighestPriorityFirstInTheOrderAdded)
 {
     Shutdown::resetForTesting();
     s_order.clear();

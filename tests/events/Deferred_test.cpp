@@ -33,7 +33,7 @@ int dispatch_all()
 
 } // namespace
 
-TEST(Deferred, work_runs_later_in_queue_order_unless_its_canvas_is_flushed)
+TEST(Deferred, WorkRunsLaterInQueueOrderUnlessItsCanvasIsFlushed)
 {
     QueueScope scope;
     std::string log;
@@ -55,17 +55,17 @@ TEST(Deferred, work_runs_later_in_queue_order_unless_its_canvas_is_flushed)
 // queued for it, that death must not walk the queue, or a drain of n actions
 // costs n squared; the handler and the canvas events queued alongside must
 // still be found by their own flushes.
-TEST(Deferred, draining_actions_looks_at_no_queued_event_on_their_behalf)
+TEST(Deferred, DrainingActionsLooksAtNoQueuedEventOnTheirBehalf)
 {
     QueueScope scope;
-    constexpr int kActions = 2000;
+    constexpr int ACTIONS = 2000;
     RecordingHandler bystander;
     Canvas* canvas = tela_newcanvas(nullptr, nullptr);
     Event key(0x200);
     key.canvas = canvas;
     event_send(&key, false);
     int ran = 0;
-    for (int i = 0; i < kActions; ++i)
+    for (int i = 0; i < ACTIONS; ++i)
         defer([&] { ++ran; });
     Event message(0x4001);
     message.handler = &bystander;
@@ -74,13 +74,13 @@ TEST(Deferred, draining_actions_looks_at_no_queued_event_on_their_behalf)
 
     const std::uint64_t steps = event_queue_steps();
     dispatch_all();
-    EXPECT_EQ(ran, kActions);
+    EXPECT_EQ(ran, ACTIONS);
     EXPECT_EQ(bystander.types.size(), 1u);
-    EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(kActions));
+    EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(ACTIONS));
     tela_deletecanvas(canvas);
 }
 
-TEST(Deferred, a_repeated_unique_id_cancels_the_pending_one_and_a_third_starts_afresh)
+TEST(Deferred, ARepeatedUniqueIdCancelsThePendingOneAndAThirdStartsAfresh)
 {
     QueueScope scope;
     Canvas* one = tela_newcanvas(nullptr, nullptr);
@@ -101,7 +101,7 @@ TEST(Deferred, a_repeated_unique_id_cancels_the_pending_one_and_a_third_starts_a
     tela_deletecanvas(two);
 }
 
-TEST(Deferred, main_thread_work_runs_at_once_and_other_threads_work_waits_for_it)
+TEST(Deferred, MainThreadWorkRunsAtOnceAndOtherThreadsWorkWaitsForIt)
 {
     QueueScope scope;
     bool ran = false;
@@ -123,7 +123,7 @@ TEST(Deferred, main_thread_work_runs_at_once_and_other_threads_work_waits_for_it
     EXPECT_EQ(dispatch_all(), 1);
 }
 
-TEST(UIThreadCallback, runs_on_the_main_thread_checks_its_receiver_first_and_its_condition_last)
+TEST(UIThreadCallback, RunsOnTheMainThreadChecksItsReceiverFirstAndItsConditionLast)
 {
     QueueScope scope;
     std::vector<int> heard;

@@ -38,7 +38,7 @@ struct Payload : iObject {
 
 } // namespace
 
-TEST(EventQueue, moves_coalesce_only_against_the_newest_event_of_the_same_type)
+TEST(EventQueue, MovesCoalesceOnlyAgainstTheNewestEventOfTheSameType)
 {
     QueueScope scope;
     CanvasScope c;
@@ -64,7 +64,7 @@ TEST(EventQueue, moves_coalesce_only_against_the_newest_event_of_the_same_type)
     EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x104, 0x124, 0x103}));
 }
 
-TEST(EventQueue, first_in_first_out_and_targets_are_required)
+TEST(EventQueue, FirstInFirstOutAndTargetsAreRequired)
 {
     QueueScope scope;
     CanvasScope c;
@@ -77,7 +77,7 @@ TEST(EventQueue, first_in_first_out_and_targets_are_required)
     EXPECT_EQ(event_pending(nullptr, 0), 0);
 }
 
-TEST(EventQueue, flushing_a_canvas_spares_an_up_only_after_a_newer_down_of_its_button)
+TEST(EventQueue, FlushingACanvasSparesAnUpOnlyAfterANewerDownOfItsButton)
 {
     QueueScope scope;
     CanvasScope c;
@@ -107,7 +107,7 @@ TEST(EventQueue, flushing_a_canvas_spares_an_up_only_after_a_newer_down_of_its_b
     EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{0x1001, 0x200}));
 }
 
-TEST(EventQueue, flushing_a_handler_cancels_its_events_and_forgets_it_as_sender)
+TEST(EventQueue, FlushingAHandlerCancelsItsEventsAndForgetsItAsSender)
 {
     QueueScope scope;
     RecordingHandler target, sender_handler;
@@ -125,7 +125,7 @@ TEST(EventQueue, flushing_a_handler_cancels_its_events_and_forgets_it_as_sender)
     EXPECT_EQ(events[0].sender, nullptr);
 }
 
-TEST(EventQueue, a_dying_handler_takes_its_queued_events_with_it)
+TEST(EventQueue, ADyingHandlerTakesItsQueuedEventsWithIt)
 {
     QueueScope scope;
     auto* handler = new RecordingHandler;
@@ -140,7 +140,7 @@ TEST(EventQueue, a_dying_handler_takes_its_queued_events_with_it)
     EXPECT_TRUE(receive_all().empty());
 }
 
-TEST(EventQueue, idempotent_messages_keep_the_first_or_move_the_replacement_back)
+TEST(EventQueue, IdempotentMessagesKeepTheFirstOrMoveTheReplacementBack)
 {
     QueueScope scope;
     RecordingHandler handler;
@@ -167,7 +167,7 @@ TEST(EventQueue, idempotent_messages_keep_the_first_or_move_the_replacement_back
     EXPECT_EQ(events[1].time, 3u);
 }
 
-TEST(EventQueue, mouse_input_across_a_stall_is_discarded)
+TEST(EventQueue, MouseInputAcrossAStallIsDiscarded)
 {
     QueueScope scope;
     CanvasScope c;
@@ -182,7 +182,7 @@ TEST(EventQueue, mouse_input_across_a_stall_is_discarded)
     EXPECT_EQ(types(receive_all()), (std::vector<unsigned>{512}));
 }
 
-TEST(EventQueue, positions_are_projected_into_the_canvas_when_received)
+TEST(EventQueue, PositionsAreProjectedIntoTheCanvasWhenReceived)
 {
     QueueScope scope;
     CanvasScope c;
@@ -200,7 +200,7 @@ TEST(EventQueue, positions_are_projected_into_the_canvas_when_received)
     EXPECT_EQ(events[0].downPos(), (XY<int>{1, 1}));
 }
 
-TEST(EventQueue, payloads_are_released_with_the_event_and_timer_events_stamp_the_canvas)
+TEST(EventQueue, PayloadsAreReleasedWithTheEventAndTimerEventsStampTheCanvas)
 {
     QueueScope scope;
     CanvasScope c;

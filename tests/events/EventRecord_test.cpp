@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-TEST(EventRecord, predicates_test_bits_of_the_type_word)
+TEST(EventRecord, PredicatesTestBitsOfTheTypeWord)
 {
     struct Row {
         unsigned type;
@@ -43,7 +43,7 @@ TEST(EventRecord, predicates_test_bits_of_the_type_word)
     EXPECT_TRUE(isKeyReleaseEvent(Event(1024)));
 }
 
-TEST(EventRecord, keys_moves_and_zoom)
+TEST(EventRecord, KeysMovesAndZoom)
 {
     EXPECT_FALSE(Tela::isPlainKey(0));
     EXPECT_TRUE(Tela::isPlainKey(0xFFFF));
@@ -74,7 +74,7 @@ TEST(EventRecord, keys_moves_and_zoom)
     EXPECT_FALSE(mouse_zoom_event(Event(0x104)));
 }
 
-TEST(EventPool, the_forty_first_record_comes_from_the_heap_and_returns_to_the_pool)
+TEST(EventPool, TheFortyFirstRecordComesFromTheHeapAndReturnsToThePool)
 {
     delete new Event; // the pool is filled on first use
     const std::size_t made = Event::poolRecordCount();
@@ -95,17 +95,17 @@ TEST(EventPool, the_forty_first_record_comes_from_the_heap_and_returns_to_the_po
 
 // Threads that take and give back records at once must never be handed the
 // same record twice, and every record must be back on the stack afterwards.
-TEST(EventPool, concurrent_takers_never_share_a_record_and_all_come_back)
+TEST(EventPool, ConcurrentTakersNeverShareARecordAndAllComeBack)
 {
     delete new Event;
     const std::size_t free_before = Event::poolFreeCount();
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 20000;
+    constexpr int THREADS = 4;
+    constexpr int ROUNDS = 20000;
     std::atomic<int> shared_records{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t)
+    for (int t = 0; t < THREADS; ++t)
         threads.emplace_back([&, t] {
-            for (int i = 0; i < kRounds; ++i) {
+            for (int i = 0; i < ROUNDS; ++i) {
                 Event* held[3];
                 for (Event*& e : held) {
                     e = new Event;
@@ -125,7 +125,7 @@ TEST(EventPool, concurrent_takers_never_share_a_record_and_all_come_back)
     EXPECT_GE(Event::poolFreeCount(), free_before);
 }
 
-TEST(EventRecord, copies_share_the_message_and_payload)
+TEST(EventRecord, CopiesShareTheMessageAndPayload)
 {
     Event e(0x4001);
     e.message(String("refresh"));

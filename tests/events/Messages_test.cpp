@@ -161,8 +161,8 @@ TEST(MessagesTest, HandlersDyingWhileOtherThreadsSendLeaveNoCheckedMessageBehind
     // Each sender makes a bounded number of sends: the no-duplicates form
     // searches the whole queue, so an unbounded queue makes the test
     // quadratic when the drain falls behind on a busy machine.
-    constexpr int kMostSends = 3000;
-    constexpr int kFinalSends = 20;
+    constexpr int MOST_SENDS = 3000;
+    constexpr int FINAL_SENDS = 20;
     std::vector<std::thread> threads;
     for (int k = 0; k < KILLERS; ++k) {
         threads.emplace_back([&, k] {
@@ -185,12 +185,12 @@ TEST(MessagesTest, HandlersDyingWhileOtherThreadsSendLeaveNoCheckedMessageBehind
                     sendMessageWithData(String("checked"), target, Qv::make<Payload>(payloads_released), nullptr);
                 }
             };
-            for (int sends = 0; sends < kMostSends && killers_left.load() > 0; ++sends)
+            for (int sends = 0; sends < MOST_SENDS && killers_left.load() > 0; ++sends)
                 send_one();
             // A last few to the handlers that live on: those must arrive.
             while (killers_left.load() > 0)
                 std::this_thread::yield();
-            for (int sends = 0; sends < kFinalSends; ++sends)
+            for (int sends = 0; sends < FINAL_SENDS; ++sends)
                 send_one();
             senders_left.fetch_sub(1);
         });

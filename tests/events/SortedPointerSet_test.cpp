@@ -26,7 +26,7 @@ std::vector<int*> contents(const SortedPointerSet<int*>& set)
 // Random births and deaths, in bursts that fill and drain the set, against a
 // tree-based set: same answers, same ascending contents, across many splits
 // and merges of runs.
-TEST(SortedPointerSet, agrees_with_a_tree_through_bursts_of_inserts_and_erases)
+TEST(SortedPointerSet, AgreesWithATreeThroughBurstsOfInsertsAndErases)
 {
     SortedPointerSet<int*> set;
     std::set<int*> model;
@@ -54,18 +54,18 @@ TEST(SortedPointerSet, agrees_with_a_tree_through_bursts_of_inserts_and_erases)
 
 // Handlers made in address order and dropped oldest first, as a stream of
 // deferred actions does: every lookup still finds exactly the live ones.
-TEST(SortedPointerSet, a_first_in_first_out_stream_keeps_exactly_the_live_keys)
+TEST(SortedPointerSet, AFirstInFirstOutStreamKeepsExactlyTheLiveKeys)
 {
     SortedPointerSet<int*> set;
-    constexpr std::uintptr_t kLive = 1000;
+    constexpr std::uintptr_t LIVE = 1000;
     for (std::uintptr_t n = 1; n <= 20000; ++n) {
         ASSERT_TRUE(set.insert(key(n)));
-        if (n > kLive) {
-            ASSERT_TRUE(set.erase(key(n - kLive)));
-            ASSERT_FALSE(set.contains(key(n - kLive)));
+        if (n > LIVE) {
+            ASSERT_TRUE(set.erase(key(n - LIVE)));
+            ASSERT_FALSE(set.contains(key(n - LIVE)));
         }
         ASSERT_TRUE(set.contains(key(n)));
     }
-    EXPECT_EQ(set.size(), kLive);
-    EXPECT_TRUE(set.contains(key(20000 - kLive + 1)));
+    EXPECT_EQ(set.size(), LIVE);
+    EXPECT_TRUE(set.contains(key(20000 - LIVE + 1)));
 }

@@ -23,12 +23,12 @@
 namespace {
 
 #if defined(__SANITIZE_THREAD__)
-constexpr int kEventsEachProducer = 25'000; // the race detector makes each send far dearer
+constexpr int EVENTS_EACH_PRODUCER = 25'000; // the race detector makes each send far dearer
 #else
-constexpr int kEventsEachProducer = 125'000;
+constexpr int EVENTS_EACH_PRODUCER = 125'000;
 #endif
-constexpr int kProducers = 8;
-constexpr int kMaxInFlight = 4096;
+constexpr int PRODUCERS = 8;
+constexpr int MAX_IN_FLIGHT = 4096;
 
 struct Payload : iObject {
     explicit Payload(std::atomic<int>& released) : m_released(released) {}
@@ -42,7 +42,7 @@ struct Sink : CanvasClient {
     {
         const int producer = static_cast<int>(event.key);
         const auto sequence = static_cast<std::uint32_t>(event.time);
-        if (producer < 0 || producer >= kProducers || sequence != next[producer]) {
+        if (producer < 0 || producer >= PRODUCERS || sequence != next[producer]) {
             ++out_of_order;
         } else {
             ++next[producer];
@@ -50,7 +50,7 @@ struct Sink : CanvasClient {
         ++received;
         return eHandled;
     }
-    std::uint32_t next[kProducers] = {};
+    std::uint32_t next[PRODUCERS] = {};
     int received = 0;
     int out_of_order = 0;
 };
@@ -87,7 +87,7 @@ struct Outcome {
 
 Outcome run_producers(int events_each)
 {
-    const int total = kProducers * events_each;
+    const int total = PRODUCERS * events_each;
     std::atomic<int> released{0};
     std::atomic<int> delivered{0};
     std::atomic<int> sent{0};
@@ -105,12 +105,12 @@ Outcome run_producers(int events_each)
         Canvas* target = tela_newcanvas(&sink, root);
 
         std::vector<std::thread> producers;
-        for (int p = 0; p < kProducers; ++p) {
+        for (int p = 0; p < PRODUCERS; ++p) {
             producers.emplace_back([&, p] {
                 for (int i = 0; i < events_each; ++i) {
                     // Keep the queue short: this measures delivery, not memory.
                     while (sent.load(std::memory_order_relaxed) - delivered.load(std::memory_order_acquire) >
-                           kMaxInFlight)
+                           MAX_IN_FLIGHT)
                         std::this_thread::sleep_for(std::chrono::microseconds(50));
                     Event e(i % 2 ? 0x4001 : 512);
                     e.key = static_cast<std::uint32_t>(p);
@@ -133,7 +133,7 @@ Outcome run_producers(int events_each)
 
         outcome.received = sink.received;
         outcome.out_of_order = sink.out_of_order;
-        outcome.payloads_sent = kProducers * ((events_each + 2) / 4);
+        outcome.payloads_sent = PRODUCERS * ((events_each + 2) / 4);
         tela_state().rootWindows.clear();
         tela_deletecanvas(root);
     }
@@ -143,15 +143,15 @@ Outcome run_producers(int events_each)
 
 } // namespace
 
-TEST(ThreadedDelivery, eight_producers_every_event_once_in_order_and_every_payload_released)
+TEST(ThreadedDelivery, EightProducersEveryEventOnceInOrderAndEveryPayloadReleased)
 {
     QueueScope scope;
     run_producers(100); // first use builds what lives for the whole process
     const auto blocks_before = live_blocks();
     const auto records_before = Event::poolRecordCount();
 
-    const Outcome outcome = run_producers(kEventsEachProducer);
-    EXPECT_EQ(outcome.received, kProducers * kEventsEachProducer);
+    const Outcome outcome = run_producers(EVENTS_EACH_PRODUCER);
+    EXPECT_EQ(outcome.received, PRODUCERS * EVENTS_EACH_PRODUCER);
     EXPECT_EQ(outcome.out_of_order, 0);
     EXPECT_EQ(outcome.payloads_released, outcome.payloads_sent);
     // Records the pool grew stay with it; every other block came back.

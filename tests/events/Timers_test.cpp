@@ -50,7 +50,7 @@ protected:
 
 } // namespace
 
-TEST_F(Ticks, clients_are_called_when_due_and_one_shots_once)
+TEST_F(Ticks, ClientsAreCalledWhenDueAndOneShotsOnce)
 {
     ASSERT_EQ(tela_tick_interval(), 54u); // 1000 / 18.2, truncated
     Client every, hundred, soon, later;
@@ -85,7 +85,7 @@ TEST_F(Ticks, clients_are_called_when_due_and_one_shots_once)
     EXPECT_EQ(server.clientCount(), 0u);
 }
 
-TEST_F(Ticks, a_client_registered_during_a_walk_waits_its_interval_from_that_tick)
+TEST_F(Ticks, AClientRegisteredDuringAWalkWaitsItsIntervalFromThatTick)
 {
     Client first, periodic, one_shot, every;
     EventTimeServer& server = EventTimeServer::instance();
@@ -114,7 +114,7 @@ TEST_F(Ticks, a_client_registered_during_a_walk_waits_its_interval_from_that_tic
     EXPECT_EQ(server.clientCount(), 0u);
 }
 
-TEST_F(Ticks, a_canvas_has_one_timer_event_at_a_time_and_waits_twenty_ms_after_the_last)
+TEST_F(Ticks, ACanvasHasOneTimerEventAtATimeAndWaitsTwentyMsAfterTheLast)
 {
     Canvas* root = tela_newcanvas(nullptr, nullptr);
     tela_state().rootWindows.push_back(RootWindowRec(root));
@@ -140,7 +140,7 @@ TEST_F(Ticks, a_canvas_has_one_timer_event_at_a_time_and_waits_twenty_ms_after_t
     tela_deletecanvas(root);
 }
 
-TEST_F(Ticks, a_headless_window_timer_ticks_by_the_clock_until_released)
+TEST_F(Ticks, AHeadlessWindowTimerTicksByTheClockUntilReleased)
 {
     struct TickSink final : WakeSink {
         eRC handleEvent(const UserEvent&) override { return eNotHandled; }

@@ -19,7 +19,7 @@ namespace {
 // Writes "name+" or "name-" for each enter and leave, and names a cursor.
 class Watching final : public CanvasClient {
 public:
-    Watching(std::string& log, char name, int cursor = kDefaultCursor) : m_log(log), m_name(name), m_cursor(cursor) {}
+    Watching(std::string& log, char name, int cursor = DEFAULT_CURSOR) : m_log(log), m_name(name), m_cursor(cursor) {}
     eResult handleEvent(const Event&) override { return eNotHandled; }
     void handleMouseContainment(bool contained) override { m_log += std::string(1, m_name) + (contained ? "+" : "-"); }
     int contextCursor(const XY<int>&) override { return m_cursor; }
@@ -58,7 +58,7 @@ private:
 
 } // namespace
 
-TEST(MouseContainment, enters_and_leaves_nest_inside_the_parents)
+TEST(MouseContainment, EntersAndLeavesNestInsideTheParents)
 {
     std::string log;
     Watching r(log, 'r'), a(log, 'a'), a1(log, '1'), a2(log, '2');
@@ -106,7 +106,7 @@ public:
 
 } // namespace
 
-TEST(MouseContainment, a_canvas_is_told_it_is_left_before_it_leaves_the_chain)
+TEST(MouseContainment, ACanvasIsToldItIsLeftBeforeItLeavesTheChain)
 {
     LeaveWatcher outer, inner;
     Canvas* root = tela_newcanvas(&outer, nullptr);
@@ -132,7 +132,7 @@ TEST(MouseContainment, a_canvas_is_told_it_is_left_before_it_leaves_the_chain)
     tela_deletecanvas(other);
 }
 
-TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems_cursor_once)
+TEST_F(CursorTest, NumbersWithoutAnImageAndImagesThatFailUseTheSystemsCursorOnce)
 {
     EXPECT_TRUE(tela_getCursorFile(40).empty());
     EXPECT_EQ(toUTF8(tela_getCursorFile(20)), toUTF8(Tela::getIconsDirectory()) + String("PointingHand.png"));
@@ -150,13 +150,13 @@ TEST_F(CursorTest, numbers_without_an_image_and_images_that_fail_use_the_systems
     EXPECT_EQ(windowing().stockCursorsMade(), made + 3); // each made once
 }
 
-TEST_F(CursorTest, a_missing_icons_folder_is_reported_at_most_once_and_no_file_is_tried)
+TEST_F(CursorTest, AMissingIconsFolderIsReportedAtMostOnceAndNoFileIsTried)
 {
     Tela::setIconsDirectory(WString(fromUTF8(String(icons.file("no icons here").c_str()))));
     ReportCapture reports;
     for (int start = 0; start < 2; ++start) {
         tela_state().cursorCache.clear();
-        tela_setCursor(kDefaultCursor);
+        tela_setCursor(DEFAULT_CURSOR);
         tela_setCursor(20);
         EXPECT_EQ(windowing().selectedCursor()->stockId, 20);
     }
@@ -164,14 +164,14 @@ TEST_F(CursorTest, a_missing_icons_folder_is_reported_at_most_once_and_no_file_i
     EXPECT_EQ(reports.count(".png"), 0) << reports.text();
 }
 
-TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque_pixel_as_hot_spot)
+TEST_F(CursorTest, CursorImagesScaleWithTheScreenAndTakeTheFirstOpaquePixelAsHotSpot)
 {
     Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({32, 32});
     image->fill(0x00000000);
     std::uint8_t* pixel = image->data() + (4 * 32 + 6) * 4; // row 4, column 6
     pixel[0] = pixel[1] = pixel[2] = pixel[3] = 255;
     ASSERT_TRUE(Headless::savePng(*image, icons.file("Default.png").c_str()));
-    tela_setCursor(kDefaultCursor);
+    tela_setCursor(DEFAULT_CURSOR);
     ASSERT_TRUE(windowing().selectedCursor());
     EXPECT_EQ(windowing().selectedCursor()->stockId, -1);
     EXPECT_EQ(windowing().selectedCursor()->size, (XY<int>{32, 32}));
@@ -179,11 +179,11 @@ TEST_F(CursorTest, cursor_images_scale_with_the_screen_and_take_the_first_opaque
 
     tela_state().cursorCache.clear();
     Headless::services().systemInfo()->setUiScale(1.5f);
-    tela_setCursor(kDefaultCursor);
+    tela_setCursor(DEFAULT_CURSOR);
     EXPECT_EQ(windowing().selectedCursor()->size, (XY<int>{48, 48}));
 }
 
-TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
+TEST_F(CursorTest, TheCursorFollowsTheClientUnderThePointer)
 {
     std::string log;
     Watching hand(log, 'h', 20);
@@ -193,24 +193,24 @@ TEST_F(CursorTest, the_cursor_follows_the_client_under_the_pointer)
     EXPECT_EQ(windowing().selectedCursor()->stockId, 20);
     EXPECT_EQ(log, "h+");
     mouse(MouseEvent::eMove, 100, 80); // the bare root: no client
-    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, DEFAULT_CURSOR);
     EXPECT_EQ(log, "h+h-");
     tela_enableMouseContextLogic(false);
     mouse(MouseEvent::eMove, 20, 20);
-    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, DEFAULT_CURSOR);
     EXPECT_EQ(log, "h+h-");
     tela_enableMouseContextLogic(true);
     tela_deletecanvas(c);
 }
 
-TEST_F(CursorTest, a_silent_main_thread_shows_the_busy_cursor_until_the_next_heartbeat)
+TEST_F(CursorTest, ASilentMainThreadShowsTheBusyCursorUntilTheNextHeartbeat)
 {
     EXPECT_FALSE(SystemBusyMonitor::heartbeat()); // nobody listens yet
     ASSERT_TRUE(SystemBusyMonitor::start(20));
     EXPECT_FALSE(SystemBusyMonitor::start(20));
     const auto busy_cursor_shown = [] {
         const Qv::Ptr<Headless::Cursor> cursor = windowing().selectedCursor();
-        return cursor && cursor->stockId == kBusyCursor;
+        return cursor && cursor->stockId == BUSY_CURSOR;
     };
     for (int waited = 0; waited < 500 && !busy_cursor_shown(); ++waited)
         OS()->threading()->sleepMs(2);
@@ -226,5 +226,5 @@ TEST_F(CursorTest, a_silent_main_thread_shows_the_busy_cursor_until_the_next_hea
             target->handleEvent(*deferred);
         event_free(deferred);
     }
-    EXPECT_EQ(windowing().selectedCursor()->stockId, kDefaultCursor);
+    EXPECT_EQ(windowing().selectedCursor()->stockId, DEFAULT_CURSOR);
 }

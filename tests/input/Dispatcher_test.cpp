@@ -71,7 +71,7 @@ private:
 
 } // namespace
 
-TEST_F(Dispatcher, each_wake_delivers_one_event_and_an_empty_queue_does_nothing)
+TEST_F(Dispatcher, EachWakeDeliversOneEventAndAnEmptyQueueDoesNothing)
 {
     EXPECT_EQ(handler->handleEvent(UserEvent {}), iEventHandler::eNotHandled);
     Qv::Ptr<RecordingClient> a;
@@ -84,7 +84,7 @@ TEST_F(Dispatcher, each_wake_delivers_one_event_and_an_empty_queue_does_nothing)
     EXPECT_EQ(a->types, (std::vector<std::uint32_t>{0x122, 0x121}));
 }
 
-TEST_F(Dispatcher, unconsumed_keys_run_their_bound_command_and_consumed_ones_do_not)
+TEST_F(Dispatcher, UnconsumedKeysRunTheirBoundCommandAndConsumedOnesDoNot)
 {
     CommandRegistrar registrar("Dispatcher test command", Cmd::Function(count_run), UIString(), UIString(), 2,
                                MapItem('Q' | eKeyControl)); // control folds to upper case
@@ -127,7 +127,7 @@ TEST_F(Dispatcher, unconsumed_keys_run_their_bound_command_and_consumed_ones_do_
     CommandMap::instance().unregisterCommand(String("Dispatcher test command"));
 }
 
-TEST_F(Dispatcher, exit_keys_and_a_filter_answering_close_end_the_loop)
+TEST_F(Dispatcher, ExitKeysAndAFilterAnsweringCloseEndTheLoop)
 {
     Tela::sendShutdownRequestMessage();
     EXPECT_EQ(handler->handleEvent(UserEvent {}), iEventHandler::eHandled);
@@ -145,7 +145,7 @@ TEST_F(Dispatcher, exit_keys_and_a_filter_answering_close_end_the_loop)
     EXPECT_EQ(handler->handleEvent(UserEvent {}), iEventHandler::eHandled);
 }
 
-TEST_F(CannotExit, a_refused_exit_swallows_the_key)
+TEST_F(CannotExit, ARefusedExitSwallowsTheKey)
 {
     Qv::Ptr<RecordingClient> focus;
     event_set_kbd_focus(child(0, 0, 10, 10, &focus));
@@ -155,7 +155,7 @@ TEST_F(CannotExit, a_refused_exit_swallows_the_key)
     EXPECT_TRUE(taken().empty());
 }
 
-TEST_F(Dispatcher, losing_focus_releases_the_capture_and_forgets_keys_and_buttons)
+TEST_F(Dispatcher, LosingFocusReleasesTheCaptureAndForgetsKeysAndButtons)
 {
     Qv::Ptr<RecordingClient> a;
     Canvas* held = child(10, 10, 60, 60, &a);
@@ -182,7 +182,7 @@ TEST_F(Dispatcher, losing_focus_releases_the_capture_and_forgets_keys_and_button
     EXPECT_EQ(focus_news, (std::vector<String>{String("false")}));
 }
 
-TEST_F(Dispatcher, size_changes_notify_and_repaint_unless_the_window_is_minimised)
+TEST_F(Dispatcher, SizeChangesNotifyAndRepaintUnlessTheWindowIsMinimised)
 {
     int changes = 0;
     const auto guard = Tela::addListener(Qv::makeCallback<int, NotifyMsg>([&](const NotifyMsg&) {
@@ -204,7 +204,7 @@ TEST_F(Dispatcher, size_changes_notify_and_repaint_unless_the_window_is_minimise
     EXPECT_EQ(changes, 2);
 }
 
-TEST_F(Dispatcher, drag_reports_from_another_thread_collapse_into_one_delivery_of_the_latest)
+TEST_F(Dispatcher, DragReportsFromAnotherThreadCollapseIntoOneDeliveryOfTheLatest)
 {
     const auto drops = Qv::make<DropRecorder>();
     handler->setExternalDragDropHandler(drops);
@@ -227,7 +227,7 @@ TEST_F(Dispatcher, drag_reports_from_another_thread_collapse_into_one_delivery_o
     EXPECT_EQ(tela_getMousePos(), (XY<int>{9, 70}));
 }
 
-TEST_F(Dispatcher, scripted_reports_reach_canvases_through_the_loop_each_after_the_wakes_before_it)
+TEST_F(Dispatcher, ScriptedReportsReachCanvasesThroughTheLoopEachAfterTheWakesBeforeIt)
 {
     Qv::Ptr<RecordingClient> a;
     event_set_kbd_focus(child(10, 10, 60, 60, &a));
@@ -244,7 +244,7 @@ TEST_F(Dispatcher, scripted_reports_reach_canvases_through_the_loop_each_after_t
     EXPECT_EQ(a->types, (std::vector<std::uint32_t>{0x122, 0x121, 0x200}));
 }
 
-TEST_F(Dispatcher, every_delivered_event_and_tick_beats_the_watchdog)
+TEST_F(Dispatcher, EveryDeliveredEventAndTickBeatsTheWatchdog)
 {
     Qv::Ptr<RecordingClient> a;
     event_set_kbd_focus(child(0, 0, 10, 10, &a));
@@ -262,7 +262,7 @@ TEST_F(Dispatcher, every_delivered_event_and_tick_beats_the_watchdog)
 
 // Once the program is exiting, the library's dispatcher takes the event and
 // leaves it neither delivered nor freed; the start-up dispatcher frees it.
-TEST_F(Dispatcher, once_exiting_events_are_taken_without_delivery_and_only_the_start_up_form_frees_them)
+TEST_F(Dispatcher, OnceExitingEventsAreTakenWithoutDeliveryAndOnlyTheStartUpFormFreesThem)
 {
     Qv::Ptr<RecordingClient> a;
     event_set_kbd_focus(child(0, 0, 10, 10, &a));

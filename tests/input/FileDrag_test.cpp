@@ -21,7 +21,7 @@ using FileDrag = RootWindowFixture<>;
 
 } // namespace
 
-TEST_F(FileDrag, paths_and_holders_reach_the_window_and_the_mouse_is_reset)
+TEST_F(FileDrag, PathsAndHoldersReachTheWindowAndTheMouseIsReset)
 {
     Canvas* c = child(0, 0, 100, 100);
     mouse_canvas_connect(c); // as if a press had captured the mouse

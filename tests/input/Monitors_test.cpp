@@ -37,7 +37,7 @@ protected:
 
 } // namespace
 
-TEST_F(Desktop, monitors_answer_by_half_open_boxes_and_the_desktop_spans_them_all)
+TEST_F(Desktop, MonitorsAnswerByHalfOpenBoxesAndTheDesktopSpansThemAll)
 {
     use({monitor(-1280, 0, 0, 1024), monitor(0, 0, 1920, 1080, true), monitor(1920, 0, 3840, 1080)});
     EXPECT_EQ(tela_getNumMonitors(), 3u);
@@ -58,7 +58,7 @@ TEST_F(Desktop, monitors_answer_by_half_open_boxes_and_the_desktop_spans_them_al
     EXPECT_EQ(Tela::getPrimaryMonitor().screenBox.width(), 0);
 }
 
-TEST_F(Desktop, one_display_can_stand_in_for_two)
+TEST_F(Desktop, OneDisplayCanStandInForTwo)
 {
     TemporaryDirectory settings;
     TemporaryDirectory::write(settings.file("config.json"), R"({"virtual_twin_monitors": 1})");
@@ -77,7 +77,7 @@ TEST_F(Desktop, one_display_can_stand_in_for_two)
     EXPECT_EQ(monitors.size(), 1u);
 }
 
-TEST_F(Desktop, panels_go_on_the_mouses_screen_and_stay_inside_the_window)
+TEST_F(Desktop, PanelsGoOnTheMousesScreenAndStayInsideTheWindow)
 {
     use({monitor(0, 0, 1920, 1080, true), monitor(1920, 0, 3840, 1080)});
     iRootWindow::InitArgs args;
@@ -107,7 +107,7 @@ TEST_F(Desktop, panels_go_on_the_mouses_screen_and_stay_inside_the_window)
     tela_deletecanvas(root);
 }
 
-TEST(Coordinates, points_go_into_the_buffer_they_are_drawn_in)
+TEST(Coordinates, PointsGoIntoTheBufferTheyAreDrawnIn)
 {
     iRootWindow::InitArgs args;
     args.size = {200, 100};

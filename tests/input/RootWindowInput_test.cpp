@@ -27,7 +27,7 @@ std::vector<KeyOut> key_events(const std::vector<Event>& events)
     return out;
 }
 
-constexpr std::uint32_t kPress = KeyEvent::ePress, kRelease = KeyEvent::eRelease;
+constexpr std::uint32_t PRESS = KeyEvent::ePress, RELEASE = KeyEvent::eRelease;
 
 int count_mouse_notifications(const std::function<void()>& action)
 {
@@ -39,23 +39,23 @@ int count_mouse_notifications(const std::function<void()>& action)
 
 } // namespace
 
-TEST_F(Keys, a_second_key_held_with_the_first_is_one_event_carrying_both)
+TEST_F(Keys, ASecondKeyHeldWithTheFirstIsOneEventCarryingBoth)
 {
     struct Step {
         std::uint32_t action, code;
         KeyOut expected;
     } const steps[] = {
-        {kPress, 'a', {0x200, 'a', 0, 0}},
-        {kPress, 'a', {0x200, 'a', 0, 0}},   // the first key repeating
-        {kPress, 'b', {0x200, 'b', 'a', 0}},
-        {kPress, 'b', {0x200, 'b', 'a', 0}}, // by default the second repeats unflagged
-        {kPress, 'c', {0x200, 'c', 'a', 0}},
-        {kRelease, 'c', {0x400, 'c', 'a', 0}}, // the first is still held
-        {kPress, 'b', {0x200, 'b', 'a', 0}},
-        {kPress, 'a', {0x200, 'a', 0, 0}},   // the first repeating forgets the second
-        {kRelease, 'a', {0x400, 'a', 0, 0}},
-        {kRelease, 'z', {0x400, 'z', 0, 0}}, // a release of a key never pressed
-        {kPress, 'q', {0x200, 'q', 0, 0}},   // so nothing is held any more
+        {PRESS, 'a', {0x200, 'a', 0, 0}},
+        {PRESS, 'a', {0x200, 'a', 0, 0}},   // the first key repeating
+        {PRESS, 'b', {0x200, 'b', 'a', 0}},
+        {PRESS, 'b', {0x200, 'b', 'a', 0}}, // by default the second repeats unflagged
+        {PRESS, 'c', {0x200, 'c', 'a', 0}},
+        {RELEASE, 'c', {0x400, 'c', 'a', 0}}, // the first is still held
+        {PRESS, 'b', {0x200, 'b', 'a', 0}},
+        {PRESS, 'a', {0x200, 'a', 0, 0}},   // the first repeating forgets the second
+        {RELEASE, 'a', {0x400, 'a', 0, 0}},
+        {RELEASE, 'z', {0x400, 'z', 0, 0}}, // a release of a key never pressed
+        {PRESS, 'q', {0x200, 'q', 0, 0}},   // so nothing is held any more
     };
     for (const Step& step : steps) {
         key(step.action, step.code);
@@ -64,21 +64,21 @@ TEST_F(Keys, a_second_key_held_with_the_first_is_one_event_carrying_both)
     }
 }
 
-TEST_F(Keys, with_complex_repeats_off_the_second_key_repeating_is_flagged)
+TEST_F(Keys, WithComplexRepeatsOffTheSecondKeyRepeatingIsFlagged)
 {
     TemporaryDirectory settings;
     TemporaryDirectory::write(settings.file("config.json"), R"({"complex_key_repeats": 0})");
     Qv::reloadConfigurationFrom(settings.path().string());
-    key(kPress, 'a');
-    key(kPress, 'b');
-    key(kPress, 'b');
-    key(kPress, 'c');
+    key(PRESS, 'a');
+    key(PRESS, 'b');
+    key(PRESS, 'b');
+    key(PRESS, 'c');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{{0x200, 'a', 0, 0}, {0x200, 'b', 'a', 0},
                                                         {0x200, 'b', 'a', 1}, {0x200, 'c', 'a', 0}}));
     Qv::reloadConfigurationFrom("");
 }
 
-TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
+TEST_F(Keys, PrintableKeysFoldCaseByTheirModifiers)
 {
     struct Case {
         std::uint32_t code, modifiers, composed;
@@ -92,8 +92,8 @@ TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
         {0x0D, eKeyShift | eKeyControl, 0x0D | eKeyShift | eKeyControl}, // below 32: no folding
     };
     for (const Case& c : cases) {
-        key(kPress, c.code, c.modifiers);
-        key(kRelease, c.code, c.modifiers);
+        key(PRESS, c.code, c.modifiers);
+        key(RELEASE, c.code, c.modifiers);
         const std::vector<KeyOut> events = key_events(taken());
         ASSERT_EQ(events.size(), 2u);
         EXPECT_EQ(events[0].key, c.composed) << std::hex << c.code << " with " << c.modifiers;
@@ -101,13 +101,13 @@ TEST_F(Keys, printable_keys_fold_case_by_their_modifiers)
     }
 }
 
-TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
+TEST_F(Keys, ReportsWithNoKeyTextOrUnknownActionsAndNoFocus)
 {
     // No key: only listeners of the mouse state hear of it, and nothing is held.
-    EXPECT_EQ(count_mouse_notifications([&] { key(kPress, 0, eKeyShift); }), 1);
+    EXPECT_EQ(count_mouse_notifications([&] { key(PRESS, 0, eKeyShift); }), 1);
     key(7, 'x'); // unknown action
     EXPECT_TRUE(taken().empty());
-    key(kPress, 'a');
+    key(PRESS, 'a');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{KeyOut{0x200, 'a', 0, 0}}));
 
     KeyEvent text;
@@ -124,15 +124,15 @@ TEST_F(Keys, reports_with_no_key_text_or_unknown_actions_and_no_focus)
 
     // Without a focus nothing is queued, but the key still counts as held.
     event_set_kbd_focus(nullptr);
-    key(kRelease, 'a');
-    key(kPress, 'b');
+    key(RELEASE, 'a');
+    key(PRESS, 'b');
     EXPECT_TRUE(taken().empty());
     event_set_kbd_focus(root);
-    key(kPress, 'c');
+    key(PRESS, 'c');
     EXPECT_EQ(key_events(taken()), (std::vector<KeyOut>{KeyOut{0x200, 'c', 'b', 0}}));
 }
 
-TEST_F(Mouse, quick_presses_count_double_and_triple_clicks_then_start_again)
+TEST_F(Mouse, QuickPressesCountDoubleAndTripleClicksThenStartAgain)
 {
     Qv::Ptr<RecordingClient> a;
     child(10, 10, 60, 60, &a);
@@ -166,7 +166,7 @@ TEST_F(Mouse, quick_presses_count_double_and_triple_clicks_then_start_again)
     EXPECT_EQ(types, expected);
 }
 
-TEST_F(Mouse, a_double_click_carries_its_flag_while_held_and_a_moved_up_is_plain)
+TEST_F(Mouse, ADoubleClickCarriesItsFlagWhileHeldAndAMovedUpIsPlain)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);
@@ -182,7 +182,7 @@ TEST_F(Mouse, a_double_click_carries_its_flag_while_held_and_a_moved_up_is_plain
     EXPECT_EQ(events[4].type, 0x121u);
 }
 
-TEST_F(Mouse, left_then_right_is_a_chord_until_both_are_up)
+TEST_F(Mouse, LeftThenRightIsAChordUntilBothAreUp)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);
@@ -201,7 +201,7 @@ TEST_F(Mouse, left_then_right_is_a_chord_until_both_are_up)
     }
 }
 
-TEST_F(Mouse, the_wheel_goes_under_the_pointer_buttons_to_the_capture_and_never_to_a_bare_root)
+TEST_F(Mouse, TheWheelGoesUnderThePointerButtonsToTheCaptureAndNeverToABareRoot)
 {
     Canvas* a = child(10, 10, 60, 60);
     Canvas* b = child(100, 10, 150, 60);
@@ -225,7 +225,7 @@ TEST_F(Mouse, the_wheel_goes_under_the_pointer_buttons_to_the_capture_and_never_
     EXPECT_EQ(getMouseClickState(), 0u);
 }
 
-TEST_F(Mouse, drags_add_up_every_step_and_a_move_in_place_only_publishes)
+TEST_F(Mouse, DragsAddUpEveryStepAndAMoveInPlaceOnlyPublishes)
 {
     child(10, 10, 60, 60);
     mouse(MouseEvent::eLeftDown, 20, 20, 1000);

@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(Placement, sizes_have_a_floor_and_a_maximised_window_too_big_is_rescued)
+TEST_F(Placement, SizesHaveAFloorAndAMaximisedWindowTooBigIsRescued)
 {
     Args args = stored(R"({"title": true, "maximised": false, "x": 30, "y": 40, "width": 800, "height": 500})");
     EXPECT_EQ(args.size, (XY<int>{1024, 768}));
@@ -71,7 +71,7 @@ TEST_F(Placement, sizes_have_a_floor_and_a_maximised_window_too_big_is_rescued)
     EXPECT_EQ(args.size, (XY<int>{0, 0}));
 }
 
-TEST_F(Placement, the_older_form_is_read_while_the_current_key_is_empty)
+TEST_F(Placement, TheOlderFormIsReadWhileTheCurrentKeyIsEmpty)
 {
     prefs().setPreference("Tela window XY", String("(10,20)"));
     prefs().setPreference("Tela window WH", String("(800,600)"));
@@ -87,7 +87,7 @@ TEST_F(Placement, the_older_form_is_read_while_the_current_key_is_empty)
     EXPECT_EQ(args.size, (XY<int>{0, 0}));
 }
 
-TEST_F(Placement, saving_keeps_the_normal_geometry_of_a_maximised_or_title_less_window)
+TEST_F(Placement, SavingKeepsTheNormalGeometryOfAMaximisedOrTitleLessWindow)
 {
     Args args;
     args.flags = Args::eTitleBar;
@@ -113,7 +113,7 @@ TEST_F(Placement, saving_keeps_the_normal_geometry_of_a_maximised_or_title_less_
     tela_deletecanvas(root);
 }
 
-TEST(WindowArguments, fields_keep_their_order_and_defaults)
+TEST(WindowArguments, FieldsKeepTheirOrderAndDefaults)
 {
     const Args defaults;
     EXPECT_EQ(defaults.size, (XY<int>{0, 0}));

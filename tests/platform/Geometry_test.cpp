@@ -6,7 +6,7 @@
 
 using Box = Qv::Box<int>;
 
-TEST(Box, boxes_that_only_touch_share_nothing)
+TEST(Box, BoxesThatOnlyTouchShareNothing)
 {
     const Box left{0, 0, 10, 10};
     EXPECT_FALSE(left.intersects(Box{10, 0, 20, 10})); // side by side
@@ -20,7 +20,7 @@ TEST(Box, boxes_that_only_touch_share_nothing)
     EXPECT_EQ(clipped, (Box{0, 0, 5, 5}));
 }
 
-TEST(Box, an_empty_box_adds_nothing_to_a_union)
+TEST(Box, AnEmptyBoxAddsNothingToAUnion)
 {
     const Box a{0, 0, 10, 10};
     EXPECT_EQ(a.united(Box{20, 5, 30, 15}), (Box{0, 0, 30, 15}));
@@ -33,7 +33,7 @@ TEST(Box, an_empty_box_adds_nothing_to_a_union)
     EXPECT_EQ(growing, (Box{-3, 2, 6, 6}));
 }
 
-TEST(Box, turning_a_window_box_into_a_rectangle_keeps_its_numbers)
+TEST(Box, TurningAWindowBoxIntoARectangleKeepsItsNumbers)
 {
     EXPECT_EQ((Box{1, 2, 3, 4}.toTopDownRectUnflipped()), (TopDownRect{1, 2, 3, 4}));
 }

@@ -152,7 +152,7 @@ protected:
 
 } // namespace
 
-TEST_F(SdlDesktop, a_close_button_refused_by_the_application_keeps_the_window_and_the_loop)
+TEST_F(SdlDesktop, ACloseButtonRefusedByTheApplicationKeepsTheWindowAndTheLoop)
 {
     const auto handler = Qv::make<ClosingHandler>(false);
     open(handler);
@@ -163,7 +163,7 @@ TEST_F(SdlDesktop, a_close_button_refused_by_the_application_keeps_the_window_an
     EXPECT_FALSE(tela_state().rootWindows.empty());
 }
 
-TEST_F(SdlDesktop, a_close_button_the_application_accepts_ends_the_loop)
+TEST_F(SdlDesktop, ACloseButtonTheApplicationAcceptsEndsTheLoop)
 {
     const auto handler = Qv::make<ClosingHandler>(true);
     open(handler);
@@ -172,7 +172,7 @@ TEST_F(SdlDesktop, a_close_button_the_application_accepts_ends_the_loop)
     EXPECT_EQ(handler->asked.load(), 1);
 }
 
-TEST_F(SdlDesktop, files_dropped_on_the_window_reach_the_drag_handler_with_their_paths_and_the_pointer)
+TEST_F(SdlDesktop, FilesDroppedOnTheWindowReachTheDragHandlerWithTheirPathsAndThePointer)
 {
     const auto handler = Qv::make<RootWindowEventHandler>();
     const auto recorder = Qv::make<DropRecorder>();
@@ -209,13 +209,13 @@ TEST_F(SdlDesktop, files_dropped_on_the_window_reach_the_drag_handler_with_their
     EXPECT_EQ(recorder->drops.size(), 2u);
 }
 
-TEST_F(SdlDesktop, dragging_files_out_is_refused_with_a_reason)
+TEST_F(SdlDesktop, DraggingFilesOutIsRefusedWithAReason)
 {
     open(Qv::make<RootWindowEventHandler>());
     EXPECT_FALSE(window->dragFiles(Qv::Vector<WString>{WString(u"/tmp/x")}));
 }
 
-TEST_F(SdlDesktop, a_stalled_main_thread_shows_the_busy_cursor_from_the_monitor_thread)
+TEST_F(SdlDesktop, AStalledMainThreadShowsTheBusyCursorFromTheMonitorThread)
 {
     open(Qv::make<RootWindowEventHandler>());
     SDL_WarpMouseInWindow(native(), 50, 50);
@@ -234,7 +234,7 @@ TEST_F(SdlDesktop, a_stalled_main_thread_shows_the_busy_cursor_from_the_monitor_
     Sdl::services().windowing()->pumpPending();
 }
 
-TEST(SdlDensity, the_scale_follows_the_density_in_quarter_steps_and_never_shrinks_cursors)
+TEST(SdlDensity, TheScaleFollowsTheDensityInQuarterStepsAndNeverShrinksCursors)
 {
     EXPECT_EQ(Sdl::scaleForDensity(96.0f), 1.0f);
     EXPECT_EQ(Sdl::scaleForDensity(101.0f), 1.0f); // a monitor's slightly-off report

@@ -115,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(SdlWindow, the_screen_shows_the_background_and_a_canvas_drawn_on_the_host_road)
+TEST_F(SdlWindow, TheScreenShowsTheBackgroundAndACanvasDrawnOnTheHostRoad)
 {
     tela_setRootColour(root, NormalisedRGB(0.0f, 0.0f, 0.5f));
     Canvas* c = tela_newcanvas(nullptr, root);
@@ -136,28 +136,28 @@ TEST_F(SdlWindow, the_screen_shows_the_background_and_a_canvas_drawn_on_the_host
     tela_deletecanvas(c);
 }
 
-TEST_F(SdlWindow, every_wake_from_any_thread_arrives_once)
+TEST_F(SdlWindow, EveryWakeFromAnyThreadArrivesOnce)
 {
-    constexpr int kThreads = 4, kWakesEach = 5000;
+    constexpr int THREADS = 4, WAKES_EACH = 5000;
     std::vector<std::thread> senders;
-    for (int t = 0; t < kThreads; ++t)
+    for (int t = 0; t < THREADS; ++t)
         senders.emplace_back([&] {
-            for (int i = 0; i < kWakesEach; ++i)
+            for (int i = 0; i < WAKES_EACH; ++i)
                 root->window->postWake();
         });
     for (std::thread& sender : senders)
         sender.join();
-    EXPECT_TRUE(pumpUntil([&] { return sink->wakes.load() == kThreads * kWakesEach; }));
+    EXPECT_TRUE(pumpUntil([&] { return sink->wakes.load() == THREADS * WAKES_EACH; }));
     Sdl::services().windowing()->pumpPending();
-    EXPECT_EQ(sink->wakes.load(), kThreads * kWakesEach);
+    EXPECT_EQ(sink->wakes.load(), THREADS * WAKES_EACH);
 }
 
-TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_terms)
+TEST_F(SdlWindow, MouseKeysAndSizeChangesReachTheHandlerInThePlatformTerms)
 {
     // Reports are stamped on the library's clock, whatever SDL's ticks say.
-    constexpr std::uint32_t kNow = 5'000'000;
+    constexpr std::uint32_t NOW = 5'000'000;
     const struct FakeClock {
-        FakeClock() { Qv::setFakeClock(kNow); }
+        FakeClock() { Qv::setFakeClock(NOW); }
         ~FakeClock() { Qv::clearFakeClock(); }
     } clock;
     const std::uint32_t id = window->windowId();
@@ -181,8 +181,8 @@ TEST_F(SdlWindow, mouse_keys_and_size_changes_reach_the_handler_in_the_platform_
     EXPECT_EQ(sink->keys[0].modifiers, 0x3000000u);
     EXPECT_EQ(sink->keys[0].action, KeyEvent::ePress);
     for (const std::uint32_t time : {sink->mice[0].time, sink->keys[0].time}) {
-        EXPECT_LE(time, kNow);
-        EXPECT_GE(time, kNow - 2000);
+        EXPECT_LE(time, NOW);
+        EXPECT_GE(time, NOW - 2000);
     }
 
     SDL_SetWindowSize(static_cast<SDL_Window*>(window->nativeHandle()), 200, 90);
@@ -213,7 +213,7 @@ public:
 
 } // namespace
 
-TEST(SdlApplication, a_click_reaches_the_canvas_and_closing_the_window_ends_the_loop)
+TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
 {
     ASSERT_TRUE(Sdl::install());
     iRootWindow::InitArgs args;

@@ -39,7 +39,7 @@ protected:
 
 } // namespace
 
-TEST(Matrix, multiplication_may_write_over_either_operand)
+TEST(Matrix, MultiplicationMayWriteOverEitherOperand)
 {
     std::mt19937 rng(7);
     std::uniform_real_distribution<double> value(-10, 10);
@@ -62,7 +62,7 @@ TEST(Matrix, multiplication_may_write_over_either_operand)
     }
 }
 
-TEST(Matrix, inverse_undoes_random_affine_maps_and_refuses_singular_ones)
+TEST(Matrix, InverseUndoesRandomAffineMapsAndRefusesSingularOnes)
 {
     std::mt19937 rng(11);
     std::uniform_real_distribution<double> value(-5, 5);
@@ -86,7 +86,7 @@ TEST(Matrix, inverse_undoes_random_affine_maps_and_refuses_singular_ones)
     EXPECT_EQ(untouched[1][1], 9);
 }
 
-TEST(Matrix, inverse_of_a_projective_matrix_is_reported_but_still_computed)
+TEST(Matrix, InverseOfAProjectiveMatrixIsReportedButStillComputed)
 {
     ReportCapture reports;
     const double m[3][3] = {{2, 0, 0}, {0, 2, 0}, {0, 0, 2}};
@@ -96,7 +96,7 @@ TEST(Matrix, inverse_of_a_projective_matrix_is_reported_but_still_computed)
     EXPECT_EQ(inverse[0][0], 0.5);
 }
 
-TEST(Matrix, equality_is_bitwise_and_projection_divides_by_w)
+TEST(Matrix, EqualityIsBitwiseAndProjectionDividesByW)
 {
     double a[3][3], b[3][3];
     mat3_id(a);
@@ -112,7 +112,7 @@ TEST(Matrix, equality_is_bitwise_and_projection_divides_by_w)
     EXPECT_EQ(y, 3);
 }
 
-TEST(Matrix, angles_normalise_into_a_closed_turn)
+TEST(Matrix, AnglesNormaliseIntoAClosedTurn)
 {
     EXPECT_EQ(norm_angle360(-90), 270);
     EXPECT_EQ(norm_angle360(720), 0);
@@ -121,7 +121,7 @@ TEST(Matrix, angles_normalise_into_a_closed_turn)
     EXPECT_DOUBLE_EQ(norm_angle360(725.5), 5.5);
 }
 
-TEST_F(GraphicsStateTest, concatenation_composes_on_the_right)
+TEST_F(GraphicsStateTest, ConcatenationComposesOnTheRight)
 {
     tela_rotate(90);
     tela_translate(10, 0); // along the rotated x axis, which points up
@@ -138,7 +138,7 @@ TEST_F(GraphicsStateTest, concatenation_composes_on_the_right)
     EXPECT_NEAR(back.y, 1, 1e-12);
 }
 
-TEST_F(GraphicsStateTest, save_and_restore_bring_back_matrix_width_and_flatness)
+TEST_F(GraphicsStateTest, SaveAndRestoreBringBackMatrixWidthAndFlatness)
 {
     tela_setmatrix(1, 2, 3, 4, 5, 6);
     tela_setlinewidth(3);
@@ -162,7 +162,7 @@ TEST_F(GraphicsStateTest, save_and_restore_bring_back_matrix_width_and_flatness)
     EXPECT_EQ(CTM_inverse_is_valid, 0);
 }
 
-TEST_F(GraphicsStateTest, forty_saves_are_silent_and_the_next_overflows_without_writing)
+TEST_F(GraphicsStateTest, FortySavesAreSilentAndTheNextOverflowsWithoutWriting)
 {
     ReportCapture reports;
     for (int i = 0; i < 40; ++i)
@@ -181,7 +181,7 @@ TEST_F(GraphicsStateTest, forty_saves_are_silent_and_the_next_overflows_without_
     EXPECT_EQ(gstate_depth(), 0);
 }
 
-TEST_F(GraphicsStateTest, a_state_saver_balances_and_its_copy_restores_once_more)
+TEST_F(GraphicsStateTest, AStateSaverBalancesAndItsCopyRestoresOnceMore)
 {
     {
         Tela::StateSaver saver;

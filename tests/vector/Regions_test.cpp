@@ -16,17 +16,17 @@
 
 namespace {
 
-constexpr int kGrid = 48;
-using Bitmap = std::bitset<kGrid * kGrid>;
+constexpr int GRID = 48;
+using Bitmap = std::bitset<GRID * GRID>;
 
 Bitmap bitmap_of(const RegionPtr& r)
 {
     Bitmap bits;
     if (!r)
         return bits;
-    for (int y = 0; y < kGrid; ++y)
-        for (int x = 0; x < kGrid; ++x)
-            bits[y * kGrid + x] = r->contains({x, y});
+    for (int y = 0; y < GRID; ++y)
+        for (int x = 0; x < GRID; ++x)
+            bits[y * GRID + x] = r->contains({x, y});
     return bits;
 }
 
@@ -38,7 +38,7 @@ struct RandomShape {
 // Random rectangles, deliberately in no band order, some empty, some overlapping.
 RandomShape random_shape(std::mt19937& rng)
 {
-    std::uniform_int_distribution<int> coordinate(0, kGrid);
+    std::uniform_int_distribution<int> coordinate(0, GRID);
     RandomShape shape;
     if (rng() % 8 == 0)
         return shape; // now and then the null region
@@ -47,7 +47,7 @@ RandomShape random_shape(std::mt19937& rng)
         r = {coordinate(rng), coordinate(rng), coordinate(rng), coordinate(rng)};
         for (int y = r.top; y < r.bottom; ++y)
             for (int x = r.left; x < r.right; ++x)
-                shape.bits[y * kGrid + x] = true;
+                shape.bits[y * GRID + x] = true;
     }
     OS()->windowing()->createRegion(shape.region, rects.data(), rects.size());
     if (shape.bits.none())
@@ -72,7 +72,7 @@ std::vector<TopDownRect> rects_of(const Tela::RegionBuilder& builder)
 
 } // namespace
 
-TEST(Regions, set_operations_agree_with_pixel_membership_on_random_shapes)
+TEST(Regions, SetOperationsAgreeWithPixelMembershipOnRandomShapes)
 {
     for (unsigned seed = 1; seed <= 300; ++seed) {
         SCOPED_TRACE(seed);
@@ -93,10 +93,10 @@ TEST(Regions, set_operations_agree_with_pixel_membership_on_random_shapes)
 
         const RegionPtr moved = region_translate(a.region, 3, 5); // 5 up: window y falls
         Bitmap expected;
-        for (int y = 0; y < kGrid; ++y)
-            for (int x = 0; x < kGrid; ++x)
-                if (a.bits[y * kGrid + x] && x + 3 < kGrid && y - 5 >= 0)
-                    expected[(y - 5) * kGrid + x + 3] = true;
+        for (int y = 0; y < GRID; ++y)
+            for (int x = 0; x < GRID; ++x)
+                if (a.bits[y * GRID + x] && x + 3 < GRID && y - 5 >= 0)
+                    expected[(y - 5) * GRID + x + 3] = true;
         EXPECT_EQ(bitmap_of(moved), expected);
         if (a.region) {
             EXPECT_NE(moved->identity(), a.region->identity());
@@ -113,7 +113,7 @@ TEST(Regions, set_operations_agree_with_pixel_membership_on_random_shapes)
     }
 }
 
-TEST(Regions, nulls_and_shared_operands)
+TEST(Regions, NullsAndSharedOperands)
 {
     const RegionPtr a = region_mkrect(TopDownRect{0, 0, 10, 10});
     const RegionPtr b = region_mkrect(TopDownRect{5, 5, 20, 20});
@@ -146,7 +146,7 @@ TEST(Regions, nulls_and_shared_operands)
     EXPECT_EQ(region_bbx_intersect(a, right), nullptr);
 }
 
-TEST(Regions, absurd_rectangles_give_a_safe_result)
+TEST(Regions, AbsurdRectanglesGiveASafeResult)
 {
     const RegionPtr huge = region_mkrect(TopDownRect{INT_MIN / 2, INT_MIN / 2, INT_MAX / 2, INT_MAX / 2});
     ASSERT_TRUE(huge);
@@ -156,7 +156,7 @@ TEST(Regions, absurd_rectangles_give_a_safe_result)
     EXPECT_EQ(bitmap_of(region_intersect(huge, region_mkrect(TopDownRect{1, 1, 3, 3}))).count(), 4u);
 }
 
-TEST(RegionBuilder, merges_equal_columns_and_splits_bands)
+TEST(RegionBuilder, MergesEqualColumnsAndSplitsBands)
 {
     Tela::RegionBuilder merged;
     merged.appendRect(0, 0, 10, 5);
@@ -176,22 +176,22 @@ TEST(RegionBuilder, merges_equal_columns_and_splits_bands)
     EXPECT_EQ(Tela::RegionBuilder().create(), nullptr);
 }
 
-TEST(RegionBuilder, rows_of_random_runs_build_the_shape_they_describe)
+TEST(RegionBuilder, RowsOfRandomRunsBuildTheShapeTheyDescribe)
 {
     for (unsigned seed = 1; seed <= 50; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 rng(seed);
         Bitmap bits;
         Tela::RegionBuilder builder;
-        for (int y = 0; y < kGrid; ++y) {
-            for (int x = 0; x < kGrid;) {
+        for (int y = 0; y < GRID; ++y) {
+            for (int x = 0; x < GRID;) {
                 x += static_cast<int>(rng() % 6);
                 const int run = static_cast<int>(rng() % 8);
-                const int end = std::min(kGrid, x + run);
+                const int end = std::min(GRID, x + run);
                 if (end > x) {
                     builder.appendRect(x, y, end, y + 1);
                     for (int i = x; i < end; ++i)
-                        bits[y * kGrid + i] = true;
+                        bits[y * GRID + i] = true;
                 }
                 x = end + 1;
             }
@@ -200,7 +200,7 @@ TEST(RegionBuilder, rows_of_random_runs_build_the_shape_they_describe)
     }
 }
 
-TEST(CurvedRegions, corner_masks_cut_the_right_corners)
+TEST(CurvedRegions, CornerMasksCutTheRightCorners)
 {
     const int w = 40, h = 30;
     EXPECT_EQ(bitmap_of(makeCurvedRegion({w, h}, 0, eLargeCorners)), bitmap_of(region_mkrect(TopDownRect{0, 0, w, h})));
@@ -227,7 +227,7 @@ TEST(CurvedRegions, corner_masks_cut_the_right_corners)
     }
 }
 
-TEST(ImageRegions, opaque_pixels_make_the_shape)
+TEST(ImageRegions, OpaquePixelsMakeTheShape)
 {
     const auto before = live_blocks();
     {
@@ -244,14 +244,14 @@ TEST(ImageRegions, opaque_pixels_make_the_shape)
         ASSERT_TRUE(r);
         Bitmap expected;
         for (auto [x, y] : {std::pair{1, 0}, {2, 0}, {1, 1}, {2, 1}, {6, 3}})
-            expected[y * kGrid + x] = true;
+            expected[y * GRID + x] = true;
         EXPECT_EQ(bitmap_of(r), expected);
         EXPECT_EQ(tela_buildRegionFromImage(nullptr), nullptr);
     }
     EXPECT_EQ(live_blocks(), before);
 }
 
-TEST(CanvasRegions, flips_between_the_root_and_the_window)
+TEST(CanvasRegions, FlipsBetweenTheRootAndTheWindow)
 {
     Canvas* root = tela_newcanvas(nullptr, nullptr);
     root->shape(region_mkrect(TopDownRect{0, 0, 200, 100}));
@@ -266,7 +266,7 @@ TEST(CanvasRegions, flips_between_the_root_and_the_window)
     tela_deletecanvas(root);
 }
 
-TEST(CanvasRegions, the_two_forms_of_screen_to_canvas_move_vertically_in_opposite_directions)
+TEST(CanvasRegions, TheTwoFormsOfScreenToCanvasMoveVerticallyInOppositeDirections)
 {
     // The first root gives every canvas its position; register one for this test.
     Canvas* root = tela_newcanvas(nullptr, nullptr);

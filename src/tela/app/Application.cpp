@@ -25,13 +25,13 @@
 
 namespace {
 
-constexpr int kLibraryShutdownPriority = 600;
-constexpr int kGPUReleasePriority = 499;
+constexpr int LIBRARY_SHUTDOWN_PRIORITY = 600;
+constexpr int GPU_RELEASE_PRIORITY = 499;
 
-constexpr std::uint32_t kBackgroundInitRequired = 1;
+constexpr std::uint32_t BACKGROUND_INIT_REQUIRED = 1;
 
 // "use_multi_threaded_com", read once at start-up.
-bool s_multiThreadedCom = false;
+bool s_multi_threaded_com = false;
 
 void release_gpu_resources(Shutdown::eExitType)
 {
@@ -101,10 +101,10 @@ void Tela::Application::init()
     // reads the clock, the settings or the display.
     Tela::choosePlatform();
     init_paths();
-    s_multiThreadedCom = config_int("use_multi_threaded_com", 0, INT_MIN, INT_MAX) != 0;
+    s_multi_threaded_com = config_int("use_multi_threaded_com", 0, INT_MIN, INT_MAX) != 0;
     // Until start-up is over, every report reaches its file before the next step.
     setSynchronousLogging(true);
-    com_initialise(s_multiThreadedCom ? 1 : 2);
+    com_initialise(s_multi_threaded_com ? 1 : 2);
     // The thread that makes the application runs its user interface.
     co_init();
     event_queue_init();
@@ -119,12 +119,12 @@ void Tela::Application::init()
     tela_setcolour(0);
     reset_font_scale();
     init_exceptions();
-    atShutdown(release_gpu_resources, kGPUReleasePriority);
+    atShutdown(release_gpu_resources, GPU_RELEASE_PRIORITY);
 }
 
 void Tela::Application::setBackgroundInitRequired(bool required)
 {
-    appFlags = required ? (appFlags | kBackgroundInitRequired) : (appFlags & ~kBackgroundInitRequired);
+    appFlags = required ? (appFlags | BACKGROUND_INIT_REQUIRED) : (appFlags & ~BACKGROUND_INIT_REQUIRED);
 }
 
 void Tela::Application::run()
@@ -139,9 +139,9 @@ void Tela::Application::run()
         return;
     }
     // The library made this root and ends it in shutdown(); the program must not.
-    root->canvasFlags |= Canvas::kApplicationRoot;
+    root->canvasFlags |= Canvas::APPLICATION_ROOT;
     load_default_fonts();
-    atShutdown(handleShutdown, kLibraryShutdownPriority);
+    atShutdown(handleShutdown, LIBRARY_SHUTDOWN_PRIORITY);
     // The library stays up when the loop ends: the program still ends its
     // canvases, then calls shutdown().
     OS()->windowing()->runMessageLoop();
@@ -150,7 +150,7 @@ void Tela::Application::run()
 void Tela::Application::shutdown()
 {
     Shutdown::beginShutdown();
-    if ((appFlags & kBackgroundInitRequired) && initTask)
+    if ((appFlags & BACKGROUND_INIT_REQUIRED) && initTask)
         initTask->stop();
     endApplicationRoots();
     Qv::Application::shutdown();
@@ -163,12 +163,12 @@ void Tela::Application::endApplicationRoots()
     TelaState& state = tela_state();
     for (;;) {
         const auto row = std::find_if(state.rootWindows.begin(), state.rootWindows.end(), [](const RootWindowRec& r) {
-            return r.rootCanvas && (r.rootCanvas->canvasFlags & Canvas::kApplicationRoot);
+            return r.rootCanvas && (r.rootCanvas->canvasFlags & Canvas::APPLICATION_ROOT);
         });
         if (row == state.rootWindows.end())
             return;
         Canvas* const root = row->rootCanvas;
-        root->canvasFlags &= ~Canvas::kApplicationRoot;
+        root->canvasFlags &= ~Canvas::APPLICATION_ROOT;
         // Canvases the program has not ended yet stay its own: set loose,
         // not freed, so that its later tela_deletecanvas finds them whole.
         Tela::UpdateDeferrer deferrer(nullptr, false);
@@ -180,7 +180,7 @@ void Tela::Application::endApplicationRoots()
 
 int Tela::Application::init(const NotifyMsg&)
 {
-    if (!(appFlags & kBackgroundInitRequired)) {
+    if (!(appFlags & BACKGROUND_INIT_REQUIRED)) {
         // The handler of the window description is left uninstalled on this
         // road: the start-up handler stays the window's dispatcher.
         initComplete();
@@ -255,7 +255,7 @@ Tela::StartupEventHandler::eRC Tela::StartupEventHandler::handleEvent(const User
     int rc = 0;
     if (ev && !Shutdown::isExiting()) {
         SystemBusyMonitor::heartbeat();
-        if (isKeyPressEvent(*ev) && ev->keyCode() == kShutdownRequestKey) {
+        if (isKeyPressEvent(*ev) && ev->keyCode() == SHUTDOWN_REQUEST_KEY) {
             event_free(ev);
             return eHandled;
         }

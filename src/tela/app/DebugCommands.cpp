@@ -29,13 +29,13 @@ void dump_raster_image_cache_stats()
 }
 
 // No text of their own (999999), shown in no menu by default.
-const UIString kNoText{999999, 0, 0};
+const UIString NO_TEXT{999999, 0, 0};
 
-const CommandRegistrar s_reset_mouse("TELA reset mouse handling", Cmd::Function(tela_resetMouse), kNoText, kNoText, 2);
-const CommandRegistrar s_draw_debugging("Toggle draw debugging", Cmd::Function(toggle_draw_debugging), kNoText,
-                                        kNoText, 2);
-const CommandRegistrar s_window_style("Toggle Window Style", Cmd::Function(toggle_window_style), kNoText, kNoText, 2);
+const CommandRegistrar s_reset_mouse("TELA reset mouse handling", Cmd::Function(tela_resetMouse), NO_TEXT, NO_TEXT, 2);
+const CommandRegistrar s_draw_debugging("Toggle draw debugging", Cmd::Function(toggle_draw_debugging), NO_TEXT,
+                                        NO_TEXT, 2);
+const CommandRegistrar s_window_style("Toggle Window Style", Cmd::Function(toggle_window_style), NO_TEXT, NO_TEXT, 2);
 const CommandRegistrar s_cache_stats("Dump RasterImage Cache Stats", Cmd::Function(dump_raster_image_cache_stats),
-                                     kNoText, kNoText, 2);
+                                     NO_TEXT, NO_TEXT, 2);
 
 } // namespace

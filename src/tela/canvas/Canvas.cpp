@@ -116,7 +116,7 @@ void Canvas::init()
             matrix[row][column] = inverseMatrix[row][column] = row == column ? 1.0 : 0.0;
     dirty = 0;
     canvasFlags = 0;
-    interest = kDefaultInterest;
+    interest = DEFAULT_INTEREST;
     client = nullptr;
     stickyId = -1;
     lastTimerEventTime = 0;

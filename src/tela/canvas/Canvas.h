@@ -31,10 +31,10 @@ public:
         eUnbuffered = 1, // the client's drawUnbuffered paints it
     };
 
-    // kApplicationRoot marks the root the application frame made for its
+    // APPLICATION_ROOT marks the root the application frame made for its
     // window: the frame ends it, and deleting it from elsewhere is reported.
-    enum : std::uint32_t { kKeepTopmost = 1u, kApplicationRoot = 2u };
-    static constexpr std::uint32_t kDefaultInterest = 0x100; // the mouse class
+    enum : std::uint32_t { KEEP_TOPMOST = 1u, APPLICATION_ROOT = 2u };
+    static constexpr std::uint32_t DEFAULT_INTEREST = 0x100; // the mouse class
 
     // Connects to `parent` just above its highest child that is not
     // keep-topmost, and shares the parent's window. The flag has no effect.
@@ -139,7 +139,7 @@ public:
     double inverseMatrix[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     std::int32_t dirty = 0;
     std::uint32_t canvasFlags = 0;
-    std::uint32_t interest = kDefaultInterest;
+    std::uint32_t interest = DEFAULT_INTEREST;
     CanvasClient* client = nullptr;
     std::int32_t stickyId = -1;
     std::uint32_t lastTimerEventTime = 0;

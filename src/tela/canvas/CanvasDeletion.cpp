@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int kMouseClass = 0x100;
+constexpr int MOUSE_CLASS = 0x100;
 
 } // namespace
 
@@ -27,13 +27,13 @@ void tela_deletecanvas(Canvas* canvas)
         return;
     TelaState& state = tela_state();
 
-    if (canvas->canvasFlags & Canvas::kApplicationRoot) {
+    if (canvas->canvasFlags & Canvas::APPLICATION_ROOT) {
         // The program's window goes with it, and with the window every way
         // the user had to end the program: the loop ends here, as if the
         // window had been closed, so run() returns and the program can shut
         // down.
         tela_splat("tela_deletecanvas: the application's root canvas was deleted; its window is gone and the loop ends\n");
-        canvas->canvasFlags &= ~Canvas::kApplicationRoot;
+        canvas->canvasFlags &= ~Canvas::APPLICATION_ROOT;
         OS()->windowing()->shutdownMessageLoop();
     }
     // A canvas in a loop of parents (made despite the report) is cut out of
@@ -54,7 +54,7 @@ void tela_deletecanvas(Canvas* canvas)
 
     if (state.captureCanvas == canvas) {
         state.captureCanvas = nullptr;
-        event_flush(canvas, kMouseClass, false);
+        event_flush(canvas, MOUSE_CLASS, false);
     }
 
     canvupd_mark_clean(canvas);

@@ -135,7 +135,7 @@ int canvas_highest_normal_level(Canvas* parent)
         return -1;
     int level = parent->childCount - 1;
     for (Canvas* child = parent->youngestChild; child; child = child->olderSibling, --level)
-        if (!(child->canvasFlags & Canvas::kKeepTopmost))
+        if (!(child->canvasFlags & Canvas::KEEP_TOPMOST))
             return level;
     return -1;
 }
@@ -144,12 +144,12 @@ void canvas_pop_to_top(Canvas* canvas, bool force)
 {
     if (!canvas || !canvas->parent)
         return;
-    if (!force && !(canvas->canvasFlags & Canvas::kKeepTopmost)) {
+    if (!force && !(canvas->canvasFlags & Canvas::KEEP_TOPMOST)) {
         canvas_set_level(canvas, canvas_highest_normal_level(canvas->parent));
         return;
     }
     canvas_set_level(canvas, canvas->parent->childCount - 1);
-    canvas->canvasFlags |= Canvas::kKeepTopmost;
+    canvas->canvasFlags |= Canvas::KEEP_TOPMOST;
 }
 
 void canvasKeepTopmost(Canvas* canvas, bool keep)
@@ -159,14 +159,14 @@ void canvasKeepTopmost(Canvas* canvas, bool keep)
     if (keep) {
         if (canvas->parent)
             canvas_set_level(canvas, canvas->parent->childCount - 1);
-        canvas->canvasFlags |= Canvas::kKeepTopmost;
+        canvas->canvasFlags |= Canvas::KEEP_TOPMOST;
         return;
     }
-    if (!(canvas->canvasFlags & Canvas::kKeepTopmost))
+    if (!(canvas->canvasFlags & Canvas::KEEP_TOPMOST))
         return;
     if (canvas->parent)
         canvas_set_level(canvas, canvas_highest_normal_level(canvas->parent) + 1);
-    canvas->canvasFlags &= ~Canvas::kKeepTopmost;
+    canvas->canvasFlags &= ~Canvas::KEEP_TOPMOST;
 }
 
 bool canvas_is_topmost(Canvas* canvas)

@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr const char* kWindowColourKey = "UI : Window colour";
-constexpr int kRootTextureChannel = 11;
+constexpr const char* WINDOW_COLOUR_KEY = "UI : Window colour";
+constexpr int ROOT_TEXTURE_CHANNEL = 11;
 
 // The image as the window composes it: in host memory for the host road,
 // on the composited surface otherwise. Converted only when it is not already.
@@ -36,7 +36,7 @@ Qv::Ptr<iImage> at_location(const Qv::Ptr<iImage>& image, iImageBase::eLocation 
 
 NormalisedRGB tela_window_colour_preference()
 {
-    const String text = prefs().getPreference(kWindowColourKey);
+    const String text = prefs().getPreference(WINDOW_COLOUR_KEY);
     unsigned int rgb = 0;
     if (text.empty() || !HTMLUtils::parseHex(text.view(), rgb))
         return Tela::defaultWindowColour();
@@ -56,7 +56,7 @@ void tela_setRootColour(Canvas* canvas, const NormalisedRGB& colour)
         return;
     char hex[7];
     HTMLUtils::formatHex(HTMLUtils::toHex(colour), hex);
-    prefs().setPreference(kWindowColourKey, String(hex));
+    prefs().setPreference(WINDOW_COLOUR_KEY, String(hex));
     row->rootColour = colour;
 }
 
@@ -95,7 +95,7 @@ void tela_setRootTexture(Canvas* canvas, const Qv::Ptr<iWallpaperProvider>& prov
     if (!announce)
         return;
     canvupd_mark_all(row->rootCanvas);
-    tela_state().issueNotification(NotifyMsg(String("tela_setRootTexture"), kRootTextureChannel), kRootTextureChannel);
+    tela_state().issueNotification(NotifyMsg(String("tela_setRootTexture"), ROOT_TEXTURE_CHANNEL), ROOT_TEXTURE_CHANNEL);
 }
 
 bool tela_getRootTextureChangeEnabled()

@@ -106,7 +106,7 @@ public:
     {
         // Small families, and a mark made from inside another one's marking,
         // take the plain walk.
-        if (!from || root->childCount < kIndexedFamily || m_busy) {
+        if (!from || root->childCount < INDEXED_FAMILY || m_busy) {
             mark_see_through_from(from, region);
             return;
         }
@@ -157,8 +157,8 @@ public:
     }
 
 private:
-    static constexpr int kIndexedFamily = 32;
-    static constexpr int kMaxCellsPerSide = 256;
+    static constexpr int INDEXED_FAMILY = 32;
+    static constexpr int MAX_CELLS_PER_SIDE = 256;
 
     struct Busy {
         explicit Busy(bool& flag) : m_flag(flag) { m_flag = true; }
@@ -224,8 +224,8 @@ private:
         m_cell_width = static_cast<int>(std::max<long long>(8, widths / shaped));
         m_cell_height = static_cast<int>(std::max<long long>(8, heights / shaped));
         for (;;) {
-            m_columns = std::max(1, std::min(kMaxCellsPerSide, (m_area.width() + m_cell_width - 1) / m_cell_width));
-            m_rows = std::max(1, std::min(kMaxCellsPerSide, (m_area.height() + m_cell_height - 1) / m_cell_height));
+            m_columns = std::max(1, std::min(MAX_CELLS_PER_SIDE, (m_area.width() + m_cell_width - 1) / m_cell_width));
+            m_rows = std::max(1, std::min(MAX_CELLS_PER_SIDE, (m_area.height() + m_cell_height - 1) / m_cell_height));
             m_cell_width = (m_area.width() + m_columns - 1) / m_columns;
             m_cell_height = (m_area.height() + m_rows - 1) / m_rows;
             long long filled = 0;

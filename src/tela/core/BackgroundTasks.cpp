@@ -27,7 +27,7 @@ private:
 };
 
 // Background work must be over before the library's state is torn down.
-constexpr int kDrainPriority = 700;
+constexpr int DRAIN_PRIORITY = 700;
 
 void drain_at_shutdown(Shutdown::eExitType)
 {
@@ -43,7 +43,7 @@ UIBackgroundTasksQueue& UIBackgroundTasksQueue::instance()
     // Never destroyed: a worker may still be finishing when statics go.
     alignas(UIBackgroundTasksQueue) static unsigned char storage[sizeof(UIBackgroundTasksQueue)];
     static UIBackgroundTasksQueue* queue = [] {
-        Shutdown::addCallback(drain_at_shutdown, kDrainPriority);
+        Shutdown::addCallback(drain_at_shutdown, DRAIN_PRIORITY);
         return ::new (storage) UIBackgroundTasksQueue();
     }();
     return *queue;

@@ -70,7 +70,7 @@ private:
 };
 
 // Deeper than settings, layouts or any document of ours need to be.
-constexpr std::size_t kMaxDepth = 100;
+constexpr std::size_t MAX_DEPTH = 100;
 
 struct ParseResult {
     Value value;  // discarded (is_discarded()) when the text was not JSON
@@ -80,7 +80,7 @@ struct ParseResult {
 };
 
 // Objects and arrays count one level each: "[]" is 1 deep, "{"a": []}" 2.
-ParseResult parse(std::string_view text, std::size_t maxDepth = kMaxDepth);
+ParseResult parse(std::string_view text, std::size_t maxDepth = MAX_DEPTH);
 
 // Two-space indentation and a final newline, the form files are written in.
 // Invalid UTF-8 in strings is replaced rather than reported.

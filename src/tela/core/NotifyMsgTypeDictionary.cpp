@@ -11,8 +11,8 @@ using Name = std::basic_string<char, std::char_traits<char>, Qv::Allocator<char>
 
 // Interned names start far above the small fixed channel numbers the library
 // and applications use directly (10 to 13 and the like).
-constexpr int kFirstInternedId = 1000;
-constexpr int kAllTypesId = -1;
+constexpr int FIRST_INTERNED_ID = 1000;
+constexpr int ALL_TYPES_ID = -1;
 
 struct Names {
     std::mutex mutex;
@@ -33,13 +33,13 @@ int NotifyMsgTypeDictionary::Dictionary::intern(const char* name)
     Names& table = names();
     std::lock_guard lock(table.mutex);
     const Name key(name ? name : "");
-    const auto [entry, inserted] = table.ids.emplace(key, kFirstInternedId + static_cast<int>(table.ids.size()));
+    const auto [entry, inserted] = table.ids.emplace(key, FIRST_INTERNED_ID + static_cast<int>(table.ids.size()));
     (void)inserted;
     return entry->second;
 }
 
 NotifyMsgTypeDictionary::Dictionary& NotifyMsgTypeDictionary::instance()
 {
-    static Dictionary dictionary{kAllTypesId};
+    static Dictionary dictionary{ALL_TYPES_ID};
     return dictionary;
 }

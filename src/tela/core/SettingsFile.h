@@ -2,7 +2,7 @@
 // The JSON files that hold settings (config.json, preferences.json) are read
 // the same way:
 // - a missing file is an empty object, silently;
-// - a file that is not a JSON object, or is nested deeper than JSON::kMaxDepth,
+// - a file that is not a JSON object, or is nested deeper than JSON::MAX_DEPTH,
 //   is reported once (by name and error, never its contents), treated as
 //   empty, and renamed aside to <name>.corrupt (or .corrupt.1, .corrupt.2, ...
 //   when an earlier one is there);

@@ -7,16 +7,16 @@
 // one, remove one. A node-based tree answers each with a walk over as many
 // scattered nodes as the tree is deep, and an allocation for every insert.
 // Here a lookup is a binary search over the contiguous run ends and then over
-// one run of at most kRunMax keys, so it touches a handful of cache lines; an
+// one run of at most RUN_MAX keys, so it touches a handful of cache lines; an
 // insert or erase moves at most one run's keys and allocates only when a run
 // splits. Iteration is in ascending order, as a tree's would be.
 //
 // Invariants
 // - Keys are unique and ascending across the runs taken in order; no run is
 //   empty; m_last[i] is the last key of m_runs[i].
-// - No run holds more than kRunMax keys.
-// - Any two neighbouring runs hold more than kRunMax / 2 keys together, so
-//   the number of runs stays below 4 * size() / kRunMax + 1.
+// - No run holds more than RUN_MAX keys.
+// - Any two neighbouring runs hold more than RUN_MAX / 2 keys together, so
+//   the number of runs stays below 4 * size() / RUN_MAX + 1.
 //
 // Not thread-safe: its owner guards it.
 
@@ -33,7 +33,7 @@ class SortedPointerSet {
     static_assert(std::is_pointer_v<T>, "SortedPointerSet holds pointers");
 
 public:
-    static constexpr std::size_t kRunMax = 120;
+    static constexpr std::size_t RUN_MAX = 120;
 
     // False when the key was there already.
     bool insert(T key)
@@ -55,7 +55,7 @@ public:
         run.insert(at, key);
         m_last[r] = run.back();
         ++m_size;
-        if (run.size() > kRunMax)
+        if (run.size() > RUN_MAX)
             split(r);
         return true;
     }
@@ -78,9 +78,9 @@ public:
         }
         m_last[r] = run.back();
         // Keep neighbours from thinning out into many tiny runs.
-        if (r + 1 < m_runs.size() && m_runs[r].size() + m_runs[r + 1].size() <= kRunMax / 2)
+        if (r + 1 < m_runs.size() && m_runs[r].size() + m_runs[r + 1].size() <= RUN_MAX / 2)
             merge_into(r, r + 1);
-        if (r > 0 && m_runs[r - 1].size() + m_runs[r].size() <= kRunMax / 2)
+        if (r > 0 && m_runs[r - 1].size() + m_runs[r].size() <= RUN_MAX / 2)
             merge_into(r - 1, r);
         return true;
     }
@@ -150,14 +150,14 @@ private:
             m_spare.pop_back();
             run.clear();
         } else {
-            run.reserve(kRunMax + 1);
+            run.reserve(RUN_MAX + 1);
         }
         return run;
     }
 
     void remove_run(std::size_t r)
     {
-        if (m_spare.size() < kSpareRuns) {
+        if (m_spare.size() < SPARE_RUNS) {
             m_spare.push_back(std::move(m_runs[r]));
             m_spare.back().clear();
         }
@@ -165,7 +165,7 @@ private:
         m_last.erase(m_last.begin() + static_cast<std::ptrdiff_t>(r));
     }
 
-    static constexpr std::size_t kSpareRuns = 8;
+    static constexpr std::size_t SPARE_RUNS = 8;
 
     Qv::Vector<Run> m_runs;
     Qv::Vector<Run> m_spare;

@@ -31,7 +31,7 @@ unsigned Event::getKeyboardModifiers()
 
 namespace {
 
-constexpr unsigned kMouse = 0x100;
+constexpr unsigned MOUSE = 0x100;
 
 unsigned subtype(const Event& e)
 {
@@ -40,7 +40,7 @@ unsigned subtype(const Event& e)
 
 } // namespace
 
-bool mouse_event(const Event& e) { return (e.type & kMouse) != 0; }
+bool mouse_event(const Event& e) { return (e.type & MOUSE) != 0; }
 bool mouse_up_event(const Event& e) { return mouse_event(e) && subtype(e) == 1; }
 bool mouse_down_event(const Event& e) { return mouse_event(e) && subtype(e) == 2; }
 bool mouse_hover_event(const Event& e) { return mouse_event(e) && subtype(e) == 3; }

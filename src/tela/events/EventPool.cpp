@@ -32,13 +32,13 @@
 
 namespace {
 
-constexpr int kPreallocated = 40;
-constexpr std::uintptr_t kPopping = 1; // low bit of the head: a pop is under way
+constexpr int PREALLOCATED = 40;
+constexpr std::uintptr_t POPPING = 1; // low bit of the head: a pop is under way
 
-static_assert(alignof(Event) > kPopping, "the head's low bit must be free in record addresses");
+static_assert(alignof(Event) > POPPING, "the head's low bit must be free in record addresses");
 
 struct FreeStack {
-    void* head;             // Event*, with kPopping while a pop is under way
+    void* head;             // Event*, with POPPING while a pop is under way
     std::int32_t freeCount;
     std::int32_t recordCount; // every record the pool has made
 };
@@ -67,7 +67,7 @@ std::uintptr_t bits(void* head)
 
 Event* record_of(void* head)
 {
-    return reinterpret_cast<Event*>(bits(head) & ~kPopping);
+    return reinterpret_cast<Event*>(bits(head) & ~POPPING);
 }
 
 void* with_bit(void* head, std::uintptr_t bit)
@@ -87,7 +87,7 @@ void push(iAtomicsService& atomics, FreeStack& stack, Event* record)
     for (;;) {
         // A pop under way keeps its bit: the record goes under it.
         record->link = record_of(head);
-        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(record, bits(head) & kPopping), head);
+        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(record, bits(head) & POPPING), head);
         if (found == head)
             break;
         head = found;
@@ -101,12 +101,12 @@ Event* pop(iAtomicsService& atomics, FreeStack& stack)
     for (;;) {
         if (!head)
             return nullptr; // empty, and no pop under way could make it otherwise
-        if (bits(head) & kPopping) {
+        if (bits(head) & POPPING) {
             std::this_thread::yield();
             head = load_pointer(atomics, &stack.head);
             continue;
         }
-        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(head, kPopping), head);
+        void* found = atomics.atomicCompareExchangePointer(&stack.head, with_bit(head, POPPING), head);
         if (found == head)
             break;
         head = found;
@@ -114,7 +114,7 @@ Event* pop(iAtomicsService& atomics, FreeStack& stack)
     // Ours to pop: the head changes now only by pushes, which leave records on
     // top of it (never an empty stack) and keep the bit. Take whatever is on
     // top; its link is stable, since only a pop could take it.
-    void* locked = with_bit(head, kPopping);
+    void* locked = with_bit(head, POPPING);
     for (;;) {
         Event* record = record_of(locked);
         void* found = atomics.atomicCompareExchangePointer(&stack.head, record->link, locked);
@@ -141,7 +141,7 @@ bool fill_unless_filled(iAtomicsService& atomics, const Pool& shared)
     static int s_filled_token;
     if (load_pointer(atomics, shared.filled) == nullptr &&
         atomics.atomicCompareExchangePointer(shared.filled, &s_filled_token, nullptr) == nullptr) {
-        for (int i = 0; i < kPreallocated; ++i)
+        for (int i = 0; i < PREALLOCATED; ++i)
             if (void* block = new_record(atomics, *shared.stack))
                 push(atomics, *shared.stack, static_cast<Event*>(block));
     }

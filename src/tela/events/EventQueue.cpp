@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr unsigned kMouseClass = 0x100;
-constexpr unsigned kTimerClass = 0x1000;
+constexpr unsigned MOUSE_CLASS = 0x100;
+constexpr unsigned TIMER_CLASS = 0x1000;
 
 // How many live queued events name each pointer, so that a handler can tell
 // without walking the queue that nothing queued concerns it. Keys are compared,
@@ -284,7 +284,7 @@ void event_send(Event* event, bool checkTarget)
         unlink(q, replaced);
         delete replaced;
     }
-    copy->coalescable = (copy->type & kMouseClass) != 0;
+    copy->coalescable = (copy->type & MOUSE_CLASS) != 0;
     link_at_head(q, copy);
     wake_main_thread();
 }
@@ -334,7 +334,7 @@ Event* event_receive()
         // cheaper to read, and this runs for every event.
         const auto now = static_cast<std::uint32_t>(msecsNowCoarse());
         if (now - lastReceiveTime > 3000)
-            event_flush(static_cast<Canvas*>(nullptr), kMouseClass, true);
+            event_flush(static_cast<Canvas*>(nullptr), MOUSE_CLASS, true);
         lastReceiveTime = now;
     }
 
@@ -367,7 +367,7 @@ Event* event_receive()
 
 void event_free(Event* event)
 {
-    if (event && (event->type & kTimerClass) && event->canvas)
+    if (event && (event->type & TIMER_CLASS) && event->canvas)
         event->canvas->lastTimerEventTime = static_cast<std::uint32_t>(msecsNow());
     // Hold the payload past the record's end, so that its last release, and
     // any destructor of the application's, runs outside the queue lock.

@@ -14,9 +14,9 @@
 
 namespace {
 
-constexpr std::uint32_t kTimerType = 0x1001;
+constexpr std::uint32_t TIMER_TYPE = 0x1001;
 // A canvas waits this long after finishing with one timer event before the next.
-constexpr std::uint32_t kCanvasTimerGap = 20;
+constexpr std::uint32_t CANVAS_TIMER_GAP = 20;
 
 std::uint32_t now_ms()
 {
@@ -26,9 +26,9 @@ std::uint32_t now_ms()
 void send_canvas_timer_events(Canvas* canvas, std::uint32_t now)
 {
     if ((canvas->interest & 0x1000) && !event_pending(canvas, 0x1000) &&
-        canvas->lastTimerEventTime + kCanvasTimerGap < now) {
+        canvas->lastTimerEventTime + CANVAS_TIMER_GAP < now) {
         Event event;
-        event.type = kTimerType;
+        event.type = TIMER_TYPE;
         event.canvas = canvas;
         event_send(&event, false);
     }
@@ -104,7 +104,7 @@ void EventTimeServer::notifyClients(std::uint32_t now)
     notifying = true;
     m_walk_time = now;
     Event event;
-    event.type = kTimerType;
+    event.type = TIMER_TYPE;
     event.time = now;
     {
         Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());

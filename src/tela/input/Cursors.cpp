@@ -24,7 +24,7 @@ struct CursorFile {
     const char* name;
 };
 
-constexpr CursorFile kCursorFiles[] = {
+constexpr CursorFile CURSOR_FILES[] = {
     {16, "Default"}, {17, "DragDrop1"}, {18, "DragDrop2"}, {19, "DragDrop3"},
     {20, "PointingHand"}, {21, "MoveUpDownLeftRight"}, {22, "MoveLeftRight"}, {23, "MoveUpDown"},
     {24, "MoveControlPoint"}, {25, "Move2"}, {26, "ColourPick"}, {27, "Trim"},
@@ -96,7 +96,7 @@ Qv::Ptr<iCursor> make_cursor(MouseCursorID id)
 
 WString tela_getCursorFile(MouseCursorID id)
 {
-    for (const CursorFile& entry : kCursorFiles)
+    for (const CursorFile& entry : CURSOR_FILES)
         if (entry.id == id)
             return Tela::getIconsDirectory() + fromUTF8(entry.name) + WString(u".png");
     return WString();
@@ -126,7 +126,7 @@ void TelaState::updateCursor()
         return;
     Canvas* const canvas = currentMouseCanvas;
     if (!canvas || !canvas->client) {
-        tela_setCursor(kDefaultCursor);
+        tela_setCursor(DEFAULT_CURSOR);
         return;
     }
     tela_setCursor(canvas->client->contextCursor(tela_getMousePos()));

@@ -13,8 +13,8 @@
 #include <cstdint>
 
 using MouseCursorID = std::int32_t;
-constexpr MouseCursorID kBusyCursor = 13;
-constexpr MouseCursorID kDefaultCursor = 16;
+constexpr MouseCursorID BUSY_CURSOR = 13;
+constexpr MouseCursorID DEFAULT_CURSOR = 16;
 
 // The image file of a cursor; empty for a number without one. Whether the
 // file exists is not checked.

@@ -22,11 +22,11 @@
 
 namespace {
 
-constexpr int kFocusChannel = 12;
-constexpr int kWindowStateChannel = 13;
+constexpr int FOCUS_CHANNEL = 12;
+constexpr int WINDOW_STATE_CHANNEL = 13;
 
 // The result of a handler or filter that asks the application to close.
-constexpr int kCloseApplication = 3;
+constexpr int CLOSE_APPLICATION = 3;
 
 } // namespace
 
@@ -37,7 +37,7 @@ RootWindowEventHandler::RootWindowEventHandler()
     exit_app.function = Cmd::Function(exitFunction);
     exit_app.presentation = Cmd::Presentation(UIString(10307), UIString(10289), UIString(999999));
     exit_app.flags = 2;
-    exit_app.mapItem = MapItem(kExitAppDefaultKey);
+    exit_app.mapItem = MapItem(EXIT_APP_DEFAULT_KEY);
     CommandMap::instance().registerCommand(exit_app);
 }
 
@@ -51,7 +51,7 @@ RootCanvas* RootWindowEventHandler::getRootCanvas()
 
 bool RootWindowEventHandler::asksToExit(const Event& event) const
 {
-    if (event.keyCode() == kShutdownRequestKey)
+    if (event.keyCode() == SHUTDOWN_REQUEST_KEY)
         return true;
     ComplexKeyboardEvent key;
     key.key = event.keyCode();
@@ -93,7 +93,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
             Tela::updateMouseCursor(false);
     }
     event_free(ev);
-    if (result == kCloseApplication) {
+    if (result == CLOSE_APPLICATION) {
         handleWindowClose();
         return eHandled;
     }
@@ -124,7 +124,7 @@ void RootWindowEventHandler::handleWindowClose()
 void Tela::sendShutdownRequestMessage()
 {
     Event ev(0x200);
-    ev.keyCode(RootWindowEventHandler::kShutdownRequestKey);
+    ev.keyCode(RootWindowEventHandler::SHUTDOWN_REQUEST_KEY);
     ev.canvas = event_get_kbd_focus();
     event_send(&ev, false);
 }
@@ -142,7 +142,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
             break;
         if (w.kind != WindowEvent::ePositionChanged)
             root->reshapeToWindow();
-        state.issueNotification(NotifyMsg(String(), kWindowStateChannel), kWindowStateChannel);
+        state.issueNotification(NotifyMsg(String(), WINDOW_STATE_CHANNEL), WINDOW_STATE_CHANNEL);
         Tela::saveRootWindowPlacement();
         root->display(nullptr);
         break;
@@ -162,8 +162,8 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
         } else {
             tela_updateMouseCursor();
         }
-        state.issueNotification(NotifyMsg(BoolAsString(w.kind == WindowEvent::eFocusGained), kFocusChannel),
-                                kFocusChannel);
+        state.issueNotification(NotifyMsg(BoolAsString(w.kind == WindowEvent::eFocusGained), FOCUS_CHANNEL),
+                                FOCUS_CHANNEL);
         break;
     case WindowEvent::eInitialise:
         init();

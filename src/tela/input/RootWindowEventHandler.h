@@ -49,8 +49,8 @@ void sendShutdownRequestMessage();
 class RootWindowEventHandler : public iEventHandler {
 public:
     // The key code of the close request, and the default key of "ExitApp".
-    static constexpr std::uint32_t kShutdownRequestKey = 0x24000078;
-    static constexpr std::uint32_t kExitAppDefaultKey = 0x4000078;
+    static constexpr std::uint32_t SHUTDOWN_REQUEST_KEY = 0x24000078;
+    static constexpr std::uint32_t EXIT_APP_DEFAULT_KEY = 0x4000078;
 
     RootWindowEventHandler();
 

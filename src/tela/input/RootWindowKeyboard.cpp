@@ -25,7 +25,7 @@
 
 namespace {
 
-constexpr std::uint32_t kFoldingModifiers = eKeyShift | eKeyControl | eKeyAlt | eKeyMeta;
+constexpr std::uint32_t FOLDING_MODIFIERS = eKeyShift | eKeyControl | eKeyAlt | eKeyMeta;
 
 // Whether the second key's auto-repeat comes as plain presses (the default)
 // or flagged as repeats. Read once, and again after a configuration reload.
@@ -54,7 +54,7 @@ std::uint32_t composed_code(const KeyEvent& k)
             code = static_cast<std::uint32_t>(std::towlower(static_cast<wint_t>(code & 0xFFFF)));
     }
     std::uint32_t composed = code | k.modifiers;
-    if (printable && (k.modifiers & kFoldingModifiers) == eKeyShift)
+    if (printable && (k.modifiers & FOLDING_MODIFIERS) == eKeyShift)
         composed &= ~static_cast<std::uint32_t>(eKeyShift);
     return composed;
 }

@@ -20,11 +20,11 @@
 
 namespace {
 
-constexpr std::uint32_t kDoubleClickMs = 400;
-constexpr std::uint32_t kClickDistance = 3;
+constexpr std::uint32_t DOUBLE_CLICK_MS = 400;
+constexpr std::uint32_t CLICK_DISTANCE = 3;
 
-constexpr std::uint32_t kLeft = 0x20, kRight = 0x40, kMiddle = 0x80;
-constexpr std::uint32_t kDoubleClick = 0x8000, kTripleClick = 0x2000;
+constexpr std::uint32_t LEFT = 0x20, RIGHT = 0x40, MIDDLE = 0x80;
+constexpr std::uint32_t DOUBLE_CLICK = 0x8000, TRIPLE_CLICK = 0x2000;
 
 // What makes a press a further click: the previous left press, when and
 // on which canvas it was, and how many quick ones came before.
@@ -108,7 +108,7 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
         state.clickState |= button;
     };
     const auto chord = [&] {
-        state.clickState = kLeft | kRight;
+        state.clickState = LEFT | RIGHT;
         sendMouseEvent(0x105, m.time, 0);
         state.chordActive = true;
     };
@@ -125,17 +125,17 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             chord();
             break;
         }
-        const bool isRepeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
-                              m.time - s_clicks.lastClickTime < kDoubleClickMs && distanceFromDown < kClickDistance;
-        press(kLeft);
+        const bool is_repeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
+                              m.time - s_clicks.lastClickTime < DOUBLE_CLICK_MS && distanceFromDown < CLICK_DISTANCE;
+        press(LEFT);
         std::uint32_t type = 0x122;
-        if (isRepeat) {
+        if (is_repeat) {
             ++s_clicks.clickCount;
             if (s_clicks.clickCount == 1) {
-                state.clickState |= kDoubleClick;
+                state.clickState |= DOUBLE_CLICK;
                 type = 0x8122;
             } else if (s_clicks.clickCount == 2) {
-                state.clickState |= kTripleClick;
+                state.clickState |= TRIPLE_CLICK;
                 type = 0x2122;
             } else {
                 s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
@@ -153,27 +153,27 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             chord();
             break;
         }
-        press(kRight);
+        press(RIGHT);
         sendMouseEvent(0x142, m.time, 0);
         break;
     case MouseEvent::eMiddleDown:
-        press(kMiddle);
+        press(MIDDLE);
         sendMouseEvent(0x182, m.time, 0);
         break;
     case MouseEvent::eLeftUp: {
         std::uint32_t type = 0x121;
         // An up that has moved away from the press is a plain one.
-        if (distanceFromDown < kClickDistance) {
-            if (state.clickState & kDoubleClick)
+        if (distanceFromDown < CLICK_DISTANCE) {
+            if (state.clickState & DOUBLE_CLICK)
                 type = 0x8121;
-            else if (state.clickState & kTripleClick)
+            else if (state.clickState & TRIPLE_CLICK)
                 type = 0x2121;
         }
-        release(type, kLeft | kDoubleClick | kTripleClick);
+        release(type, LEFT | DOUBLE_CLICK | TRIPLE_CLICK);
         break;
     }
-    case MouseEvent::eRightUp: release(0x141, kRight); break;
-    case MouseEvent::eMiddleUp: release(0x181, kMiddle); break;
+    case MouseEvent::eRightUp: release(0x141, RIGHT); break;
+    case MouseEvent::eMiddleUp: release(0x181, MIDDLE); break;
     case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
     case MouseEvent::eMove:
         if (m.pos == lastPos)
@@ -199,8 +199,8 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
             state.captureCanvas = nullptr;
     };
     switch (m.action) {
-    case MouseEvent::eLeftUp: release(kLeft); break;
-    case MouseEvent::eRightUp: release(kRight); break;
+    case MouseEvent::eLeftUp: release(LEFT); break;
+    case MouseEvent::eRightUp: release(RIGHT); break;
     case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
     default: break;
     }

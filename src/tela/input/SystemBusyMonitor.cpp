@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr int kDefaultTimeoutMs = 500;
-constexpr int kShutdownPriority = 100;
+constexpr int DEFAULT_TIMEOUT_MS = 500;
+constexpr int SHUTDOWN_PRIORITY = 100;
 
 // The instance and the lock that guards the pointer to it: any thread may
 // beat the heart while the main thread starts or stops the monitor.
@@ -33,7 +33,7 @@ bool SystemBusyMonitor::start(int timeoutMs)
 {
     static std::once_flag registered;
     std::call_once(registered, [] {
-        Shutdown::addCallback([](Shutdown::eExitType) { SystemBusyMonitor::stop(); }, kShutdownPriority);
+        Shutdown::addCallback([](Shutdown::eExitType) { SystemBusyMonitor::stop(); }, SHUTDOWN_PRIORITY);
     });
     std::lock_guard lock(s_mutex);
     // Made anew after a stop.
@@ -42,7 +42,7 @@ bool SystemBusyMonitor::start(int timeoutMs)
     SystemBusyMonitor* monitor = s_monitor.get();
     if (monitor->thread)
         return false;
-    monitor->timeoutMs = timeoutMs < 1 ? kDefaultTimeoutMs : timeoutMs;
+    monitor->timeoutMs = timeoutMs < 1 ? DEFAULT_TIMEOUT_MS : timeoutMs;
     iThreadingService::ThreadStartArgs args;
     args.procedure = &SystemBusyMonitor::SystemBusyMonitorThreadProc;
     args.argument = monitor;
@@ -92,7 +92,7 @@ iThread::eExecRC SystemBusyMonitor::SystemBusyMonitorThreadProc(void* argument)
                                                              static_cast<std::uint32_t>(monitor->timeoutMs));
         if (status == iThreadingService::eTimedOut) {
             busy = true;
-            tela_setCursor(kBusyCursor);
+            tela_setCursor(BUSY_CURSOR);
         } else if (status == iThreadingService::eSignalled && index == 0) {
             if (busy)
                 Tela::updateMouseCursor(false); // the main thread puts the right one back

@@ -15,10 +15,10 @@
 
 namespace {
 
-constexpr int kNotStored = -12345;
-constexpr int kMinimumWidth = 1024;
-constexpr int kMinimumHeight = 768;
-constexpr float kRescueFraction = 0.9f;
+constexpr int NOT_STORED = -12345;
+constexpr int MINIMUM_WIDTH = 1024;
+constexpr int MINIMUM_HEIGHT = 768;
+constexpr float RESCUE_FRACTION = 0.9f;
 
 String key_for(const WString& applicationName, const char* suffix)
 {
@@ -27,7 +27,7 @@ String key_for(const WString& applicationName, const char* suffix)
     return key;
 }
 
-// "(x,y)" of the older form; kNotStored twice when it is anything else.
+// "(x,y)" of the older form; NOT_STORED twice when it is anything else.
 XY<int> parse_pair(const String& text)
 {
     Qv::Vector<std::string_view> parts;
@@ -40,7 +40,7 @@ XY<int> parse_pair(const String& text)
         rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
     }
     if (parts.size() != 2 || parts[0].front() != '(')
-        return XY<int>(kNotStored, kNotStored);
+        return XY<int>(NOT_STORED, NOT_STORED);
     const String first(parts[0].substr(1).data(), parts[0].size() - 1);
     const String second(parts[1].data(), parts[1].size());
     return XY<int>(std::atoi(first.c_str()), std::atoi(second.c_str()));
@@ -69,7 +69,7 @@ iRootWindow::InitArgs restore_older_form(iRootWindow::InitArgs args, const WStri
              parse_bool(prefs().getPreference(key_for(applicationName, " window titlebar").c_str()), true));
     set_flag(args, iRootWindow::InitArgs::eMaximised,
              parse_bool(prefs().getPreference(key_for(applicationName, " window maximised").c_str()), true));
-    if (position.x == kNotStored || position.y == kNotStored || size.x == kNotStored || size.y == kNotStored)
+    if (position.x == NOT_STORED || position.y == NOT_STORED || size.x == NOT_STORED || size.y == NOT_STORED)
         return args;
     Qv::Vector<iSystemInfo::MonitorInfo> monitors;
     Tela::getMonitorList(monitors);
@@ -95,10 +95,10 @@ iRootWindow::InitArgs RootWindowEventHandler::restoreWindowState(const WString& 
 
     // A missing member reads as -1, which the unsigned comparison leaves alone.
     args.size = XY<int>(stored["width"].getInt(-1), stored["height"].getInt(-1));
-    if (static_cast<unsigned>(args.size.x) < kMinimumWidth)
-        args.size.x = kMinimumWidth;
-    if (static_cast<unsigned>(args.size.y) < kMinimumHeight)
-        args.size.y = kMinimumHeight;
+    if (static_cast<unsigned>(args.size.x) < MINIMUM_WIDTH)
+        args.size.x = MINIMUM_WIDTH;
+    if (static_cast<unsigned>(args.size.y) < MINIMUM_HEIGHT)
+        args.size.y = MINIMUM_HEIGHT;
     args.position = XY<int>(stored["x"].getInt(-1), stored["y"].getInt(-1));
     set_flag(args, iRootWindow::InitArgs::eTitleBar, stored["title"].getBool(false));
     set_flag(args, iRootWindow::InitArgs::eMaximised, stored["maximised"].getBool(false));
@@ -113,8 +113,8 @@ iRootWindow::InitArgs RootWindowEventHandler::restoreWindowState(const WString& 
     // A maximised window that would not fit comes back smaller, centred; a
     // normal one stays where it was, on screen or not.
     if (args.maximised() && !(args.size.x < width && args.size.y < height)) {
-        args.size = XY<int>(static_cast<int>(static_cast<float>(width) * kRescueFraction),
-                            static_cast<int>(static_cast<float>(height) * kRescueFraction));
+        args.size = XY<int>(static_cast<int>(static_cast<float>(width) * RESCUE_FRACTION),
+                            static_cast<int>(static_cast<float>(height) * RESCUE_FRACTION));
         args.position = XY<int>(screen.x1 + (width - args.size.x) / 2, screen.y1 + (height - args.size.y) / 2);
     }
     return args;

@@ -23,15 +23,15 @@ Canvas* tela_rootcanvas()
 Qv::Ptr<iShaderEffect> tela_shader(Tela::Shader which)
 {
     // In the order of Tela::Shader's values.
-    static const char* const kNames[Tela::kShaderCount] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC",
+    static constexpr const char* NAMES[Tela::SHADER_COUNT] = {"InFront", "ShadowLR", "ShadowTB", "ShadowC",
                                                            "RoundedRectangle", "Ellipse"};
-    static_assert(static_cast<int>(Tela::Shader::Ellipse) == Tela::kShaderCount - 1);
+    static_assert(static_cast<int>(Tela::Shader::Ellipse) == Tela::SHADER_COUNT - 1);
     const int number = static_cast<int>(which);
-    if (number < 0 || number >= Tela::kShaderCount)
+    if (number < 0 || number >= Tela::SHADER_COUNT)
         return nullptr;
     Qv::Ptr<iShaderEffect>& shader = tela_state().shaders[number];
     if (!shader)
-        shader = Qv::FxResources::Manager::instance().findShader(String(kNames[number]));
+        shader = Qv::FxResources::Manager::instance().findShader(String(NAMES[number]));
     return shader;
 }
 

@@ -37,7 +37,7 @@ enum class Shader : std::int32_t {
     RoundedRectangle = 4,
     Ellipse = 5,
 };
-constexpr int kShaderCount = 6;
+constexpr int SHADER_COUNT = 6;
 
 } // namespace Tela
 
@@ -73,7 +73,7 @@ public:
     std::int32_t mouseStateChangeType; // the id of "MouseStateChange"
     Qv::Vector<RootWindowRec> rootWindows;
     std::int32_t mouseContextDisableCount = 0;
-    Qv::Ptr<iShaderEffect> shaders[Tela::kShaderCount]; // found on first use, see tela_shader
+    Qv::Ptr<iShaderEffect> shaders[Tela::SHADER_COUNT]; // found on first use, see tela_shader
     // Cursors by number, each made once. Guarded by cursorLock: the busy
     // monitor sets its cursor from its own thread.
     Qv::Map<std::int32_t, Qv::Ptr<iCursor>> cursorCache;

@@ -15,9 +15,9 @@ int CTM_inverse_is_valid = 0;
 
 namespace {
 
-constexpr int kStackSize = 40;
-constexpr double kMinimumFlatness = 0.01;
-constexpr double kRadiansPerDegree = 0.017453292519943295;
+constexpr int STACK_SIZE = 40;
+constexpr double MINIMUM_FLATNESS = 0.01;
+constexpr double RADIANS_PER_DEGREE = 0.017453292519943295;
 
 struct SavedState {
     double matrix[3][3];
@@ -34,7 +34,7 @@ struct GraphicsState {
     GStatePoint result{0.0, 0.0};
     double lineWidth = 1.0;
     double flatness = 1.0;
-    SavedState stack[kStackSize]{};
+    SavedState stack[STACK_SIZE]{};
     int depth = 0;
 };
 
@@ -60,9 +60,9 @@ const double (&inverse_ctm())[3][3]
 void tela_gsave()
 {
     GraphicsState& gs = state();
-    if (gs.depth >= kStackSize)
+    if (gs.depth >= STACK_SIZE)
         tela_splat("overflow on gsave");
-    if (gs.depth < 0 || gs.depth >= kStackSize) {
+    if (gs.depth < 0 || gs.depth >= STACK_SIZE) {
         ++gs.depth; // the save goes on, but there is no entry to write
         return;
     }
@@ -80,7 +80,7 @@ void tela_grestore()
     if (gs.depth < 1)
         tela_splat("underflow on grestore");
     --gs.depth;
-    if (gs.depth < 0 || gs.depth >= kStackSize)
+    if (gs.depth < 0 || gs.depth >= STACK_SIZE)
         return; // no entry to read: the report above is all there is
     const SavedState& entry = gs.stack[gs.depth];
     tela_setcanvas(entry.canvas);
@@ -131,7 +131,7 @@ void tela_scale(double sx, double sy)
 
 void tela_rotate(double degrees)
 {
-    const double x = norm_angle360(degrees) * kRadiansPerDegree;
+    const double x = norm_angle360(degrees) * RADIANS_PER_DEGREE;
     tela_concat(std::cos(x), std::sin(x), -std::sin(x), std::cos(x), 0, 0);
 }
 
@@ -154,7 +154,7 @@ double tela_currentlinewidth()
 
 void tela_setflatness(double flatness)
 {
-    state().flatness = flatness > kMinimumFlatness ? flatness : kMinimumFlatness;
+    state().flatness = flatness > MINIMUM_FLATNESS ? flatness : MINIMUM_FLATNESS;
 }
 
 double tela_currentflatness()
@@ -211,7 +211,7 @@ const double (&gstate_ctm())[3][3]
 bool gstate_stack_holds_canvas(const Canvas* canvas)
 {
     const GraphicsState& gs = state();
-    const int used = gs.depth < kStackSize ? gs.depth : kStackSize;
+    const int used = gs.depth < STACK_SIZE ? gs.depth : STACK_SIZE;
     for (int i = 0; i < used; ++i)
         if (gs.stack[i].canvas == canvas)
             return true;
@@ -221,7 +221,7 @@ bool gstate_stack_holds_canvas(const Canvas* canvas)
 void gstate_stack_replace_canvas(const Canvas* dead)
 {
     GraphicsState& gs = state();
-    const int used = gs.depth < kStackSize ? gs.depth : kStackSize;
+    const int used = gs.depth < STACK_SIZE ? gs.depth : STACK_SIZE;
     for (int i = 0; i < used; ++i)
         if (gs.stack[i].canvas == dead)
             gs.stack[i].canvas = tela_rootcanvas();
