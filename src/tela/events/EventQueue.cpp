@@ -1,5 +1,6 @@
 #include "tela/events/EventQueue.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
@@ -140,8 +141,7 @@ struct Queue {
 Queue& queue()
 {
     // Never destroyed: handlers dying at exit still flush.
-    alignas(Queue) static unsigned char storage[sizeof(Queue)];
-    static Queue* instance = ::new (storage) Queue();
+    static Qv::NeverDestroyed<Queue> instance;
     return *instance;
 }
 
