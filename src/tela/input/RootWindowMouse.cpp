@@ -23,8 +23,8 @@ namespace {
 constexpr std::uint32_t kDoubleClickMs = 400;
 constexpr std::uint32_t kClickDistance = 3;
 
-constexpr std::uint32_t kLeft = 0x20, kRight = 0x40, kMiddle = 0x80;
-constexpr std::uint32_t kDoubleClick = 0x8000, kTripleClick = 0x2000;
+constexpr std::uint32_t kLeft = EventType::LEFT, kRight = EventType::RIGHT, kMiddle = EventType::MIDDLE;
+constexpr std::uint32_t kDoubleClick = EventType::DOUBLE_CLICK, kTripleClick = EventType::TRIPLE_CLICK;
 
 // What makes a press a further click: the previous left press, when and
 // on which canvas it was, and how many quick ones came before.
@@ -51,7 +51,7 @@ void RootWindowEventHandler::sendMouseEvent(std::uint32_t type, std::uint32_t ti
     TelaState& state = tela_state();
     // A plain wheel goes where the pointer is; everything else to the holder
     // of the mouse, so a move without a capture never becomes an event.
-    Canvas* const target = type == 0x106 ? state.currentMouseCanvas : state.captureCanvas;
+    Canvas* const target = type == EventType::MOUSE_WHEEL ? state.currentMouseCanvas : state.captureCanvas;
     if (!target)
         return;
     Event ev(type);
@@ -109,7 +109,7 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
     };
     const auto chord = [&] {
         state.clickState = kLeft | kRight;
-        sendMouseEvent(0x105, m.time, 0);
+        sendMouseEvent(EventType::MOUSE_CHORD, m.time, 0);
         state.chordActive = true;
     };
     const auto release = [&](std::uint32_t type, std::uint32_t clear) {
@@ -128,15 +128,15 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
         const bool isRepeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
                               m.time - s_clicks.lastClickTime < kDoubleClickMs && distanceFromDown < kClickDistance;
         press(kLeft);
-        std::uint32_t type = 0x122;
+        std::uint32_t type = EventType::LEFT_DOWN;
         if (isRepeat) {
             ++s_clicks.clickCount;
             if (s_clicks.clickCount == 1) {
                 state.clickState |= kDoubleClick;
-                type = 0x8122;
+                type = EventType::LEFT_DOUBLE_DOWN;
             } else if (s_clicks.clickCount == 2) {
                 state.clickState |= kTripleClick;
-                type = 0x2122;
+                type = EventType::LEFT_TRIPLE_DOWN;
             } else {
                 s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
             }
@@ -154,34 +154,34 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             break;
         }
         press(kRight);
-        sendMouseEvent(0x142, m.time, 0);
+        sendMouseEvent(EventType::RIGHT_DOWN, m.time, 0);
         break;
     case MouseEvent::eMiddleDown:
         press(kMiddle);
-        sendMouseEvent(0x182, m.time, 0);
+        sendMouseEvent(EventType::MIDDLE_DOWN, m.time, 0);
         break;
     case MouseEvent::eLeftUp: {
-        std::uint32_t type = 0x121;
+        std::uint32_t type = EventType::LEFT_UP;
         // An up that has moved away from the press is a plain one.
         if (distanceFromDown < kClickDistance) {
             if (state.clickState & kDoubleClick)
-                type = 0x8121;
+                type = EventType::LEFT_DOUBLE_UP;
             else if (state.clickState & kTripleClick)
-                type = 0x2121;
+                type = EventType::LEFT_TRIPLE_UP;
         }
         release(type, kLeft | kDoubleClick | kTripleClick);
         break;
     }
-    case MouseEvent::eRightUp: release(0x141, kRight); break;
-    case MouseEvent::eMiddleUp: release(0x181, kMiddle); break;
-    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    case MouseEvent::eRightUp: release(EventType::RIGHT_UP, kRight); break;
+    case MouseEvent::eMiddleUp: release(EventType::MIDDLE_UP, kMiddle); break;
+    case MouseEvent::eWheel: sendMouseEvent(EventType::MOUSE_WHEEL, m.time, m.wheelDelta); break;
     case MouseEvent::eMove:
         if (m.pos == lastPos)
             break;
         if (m.heldButtons & 7) {
             dragDistance.x += std::abs(m.pos.x - lastPos.x);
             dragDistance.y += std::abs(m.pos.y - lastPos.y);
-            sendMouseEvent(state.clickState | 0x104, m.time, 0);
+            sendMouseEvent(state.clickState | EventType::MOUSE_DRAG, m.time, 0);
         }
         tela_updateMouseCursor();
         break;
@@ -201,7 +201,7 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
     switch (m.action) {
     case MouseEvent::eLeftUp: release(kLeft); break;
     case MouseEvent::eRightUp: release(kRight); break;
-    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    case MouseEvent::eWheel: sendMouseEvent(EventType::MOUSE_WHEEL, m.time, m.wheelDelta); break;
     default: break;
     }
     tela_updateMouseCursor();
