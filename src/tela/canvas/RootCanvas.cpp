@@ -29,7 +29,7 @@ RegionPtr window_shape(const Qv::Ptr<iRootWindow>& window)
 {
     Qv::Box<int> box;
     window->getBox(box);
-    return region_mkrect(TopDownRect{0, 0, box.x2 - box.x1, box.y2 - box.y1});
+    return region_mkrect(TopDownRect{0, 0, box.width(), box.height()});
 }
 
 } // namespace
