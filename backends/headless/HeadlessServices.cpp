@@ -1,4 +1,5 @@
 #include "headless/HeadlessServices.h"
+#include "tela/core/NeverDestroyed.h"
 #include "headless/SoftwareRenderer.h"
 
 #include "tela/core/Log.h"
@@ -8,15 +9,13 @@
 #include "headless/PixmanRegion.h"
 #include "headless/PngFile.h"
 
-#include <new>
 #include <pixman.h>
 #include <sys/stat.h>
 
 Headless::Services& Headless::services()
 {
     // Placement into static storage: constructed once, never destroyed.
-    alignas(Services) static unsigned char storage[sizeof(Services)];
-    static Services* const instance = new (storage) Services;
+    static Qv::NeverDestroyed<Services> instance;
     return *instance;
 }
 

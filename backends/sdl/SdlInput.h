@@ -7,8 +7,8 @@
 
 namespace Sdl {
 
-// The library's modifier bits (0x1000000 shift, 0x2000000 control,
-// 0x4000000 alt, 0x100000 meta) for SDL's.
+// The library's modifier bits (eKeyShift, eKeyControl, eKeyAlt, eKeyMeta)
+// for SDL's.
 std::uint32_t modifierBits(std::uint16_t sdlModifiers);
 
 // The time of an SDL event, given in SDL's ticks, on the library's clock

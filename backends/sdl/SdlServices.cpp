@@ -1,5 +1,6 @@
 #include "sdl/SdlServices.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Log.h"
 #include "tela/platform/Platforms.h"
 #include "tela/core/Threads.h"
@@ -11,7 +12,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace {
 
@@ -149,8 +149,7 @@ Sdl::Services& Sdl::services()
 {
     // Never destroyed: windows released during static destruction still
     // unregister here.
-    alignas(Services) static unsigned char storage[sizeof(Services)];
-    static Services* const instance = new (storage) Services;
+    static Qv::NeverDestroyed<Services> instance;
     return *instance;
 }
 

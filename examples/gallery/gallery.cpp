@@ -196,9 +196,9 @@ private:
         Canvas* status = top_level(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
         // The marker runs along the status bar, one step a tick.
         Canvas* marker = panel(status, 196, 364, 40, 8, packed(120, 200, 255));
-        marker->interest |= 0x1000;
+        marker->interest |= EventType::TIMER_CLASS;
         m_clients.push_back(Qv::make<Reacting>([this, marker](const Event& e) {
-            if (e.type != 0x1001)
+            if (e.type != EventType::TIMER_TICK)
                 return false;
             m_marker_steps = (m_marker_steps + 1) % 48;
             tela_translatecanvas(marker, m_marker_steps == 0 ? -8 * 47 : 8, 0);

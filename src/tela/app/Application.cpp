@@ -285,7 +285,7 @@ void tela_resume()
 {
     // A mask that no event matches: nothing is dropped, but the queue is
     // walked once under its lock.
-    event_flush(nullptr, 0x1300, false);
+    event_flush(nullptr, EventType::MOUSE_CLASS | EventType::KEY_PRESS | EventType::TIMER_CLASS, false);
     if (Canvas* const root = tela_rootcanvas())
         if (root->window && !root->window->isActive()) {
             root->window->setActive(true);

@@ -11,6 +11,7 @@
 #include "tela/core/CriticalSection.h"
 #include "tela/core/Ptr.h"
 #include "tela/core/RefCount.h"
+#include "tela/events/EventTypes.h"
 #include "tela/platform/Geometry.h"
 #include "tela/platform/iGraphicPrimitivesRenderer.h"
 #include "tela/platform/iImage.h"
@@ -34,7 +35,7 @@ public:
     // APPLICATION_ROOT marks the root the application frame made for its
     // window: the frame ends it, and deleting it from elsewhere is reported.
     enum : std::uint32_t { KEEP_TOPMOST = 1u, APPLICATION_ROOT = 2u };
-    static constexpr std::uint32_t DEFAULT_INTEREST = 0x100; // the mouse class
+    static constexpr std::uint32_t DEFAULT_INTEREST = EventType::MOUSE_CLASS;
 
     // Connects to `parent` just above its highest child that is not
     // keep-topmost, and shares the parent's window. The flag has no effect.

@@ -10,6 +10,7 @@
 #include "tela/canvas/Picking.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/events/EventQueue.h"
+#include "tela/events/EventTypes.h"
 #include "tela/canvas/MouseContainmentManager.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
@@ -17,7 +18,6 @@
 
 namespace {
 
-constexpr int MOUSE_CLASS = 0x100;
 
 } // namespace
 
@@ -54,7 +54,7 @@ void tela_deletecanvas(Canvas* canvas)
 
     if (state.captureCanvas == canvas) {
         state.captureCanvas = nullptr;
-        event_flush(canvas, MOUSE_CLASS, false);
+        event_flush(canvas, EventType::MOUSE_CLASS, false);
     }
 
     canvupd_mark_clean(canvas);

@@ -4,6 +4,7 @@
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/Mapping.h"
 #include "tela/canvas/UpdateTracking.h"
+#include "tela/events/EventTypes.h"
 
 #include <new>
 
@@ -220,7 +221,7 @@ void canvas_set_interest(Canvas* canvas, int mask)
     if (!canvas)
         return;
     canvas->interest |= static_cast<unsigned>(mask);
-    if (mask & 0x1000)
+    if (mask & EventType::TIMER_CLASS)
         canvas->lastTimerEventTime = 0; // the next tick reaches it at once
 }
 

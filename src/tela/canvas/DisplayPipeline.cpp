@@ -12,7 +12,6 @@
 #include "tela/platform/GraphicPrimitives.h"
 #include "tela/vector/Regions.h"
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -23,7 +22,7 @@ namespace {
 void invalidate_dirty(Canvas* root, Canvas* start)
 {
     Qv::Box<int> box;
-    int count = 0;
+    int count = 0; // dirty mapped canvases: any at all asks for a frame
     Tela::VisibleRegions visible;
     for (Canvas* c = canvas_walk_postorder_oldest_first(start, nullptr); c;
          c = canvas_walk_postorder_oldest_first(start, c)) {
@@ -32,12 +31,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
                 Qv::Box<int> damage;
                 if (c->updateRegion()) {
                     c->updateRegion()->getBox(damage);
-                    if (count == 0) {
-                        box = damage;
-                    } else {
-                        box = {std::min(box.x1, damage.x1), std::min(box.y1, damage.y1), std::max(box.x2, damage.x2),
-                               std::max(box.y2, damage.y2)};
-                    }
+                    box.unite(damage);
                 }
                 c->visibleRegion(visible.of(c));
                 ++count;
@@ -47,7 +41,7 @@ void invalidate_dirty(Canvas* root, Canvas* start)
         c->releaseRenderers();
     }
     if (count != 0)
-        root->window->invalidate(region_mkrect(TopDownRect{box.x1, box.y1, box.x2, box.y2}));
+        root->window->invalidate(region_mkrect(box.toTopDownRectUnflipped())); // update regions are top-down
 }
 
 // The host road: every damaged canvas is painted now, all within one frame.
@@ -94,9 +88,7 @@ void compose_subtree(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& render
         return;
     Qv::Box<int> shape_box;
     canvas->shape()->getBox(shape_box);
-    const bool touches = std::max(shape_box.x1, window_box.x1) < std::min(shape_box.x2, window_box.x2) &&
-                         std::max(shape_box.y1, window_box.y1) < std::min(shape_box.y2, window_box.y2);
-    if (!touches)
+    if (!shape_box.intersects(window_box))
         return;
     if (!canvas->lightweight && canvas->offscreenBuffer) {
         tela_compose_canvas(canvas, renderer, origin, road);
@@ -136,7 +128,7 @@ void blit(Canvas* canvas, const RegionPtr& region)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
         const ImageDescription image(canvas->offscreenBuffer, XY<int>(box.x1 + position.x, box.y1 + position.y),
-                                     TopDownRect{box.x1, box.y1, box.x2, box.y2}, false);
+                                     box.toTopDownRectUnflipped(), false);
         window_renderer->drawImages(&image, 1);
         return;
     }
@@ -155,7 +147,7 @@ void blit(Canvas* canvas, const RegionPtr& region)
     // The buffer's own alpha counts only with useAlphaChannel; the opacity is
     // the description's alpha either way, and the renderer lays the canvas
     // over what lies beneath by that share.
-    ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), TopDownRect{box.x1, box.y1, box.x2, box.y2},
+    ImageDescription own(canvas->offscreenBuffer, XY<int>(0, 0), box.toTopDownRectUnflipped(),
                          canvas->useAlphaChannel);
     own.opacity = static_cast<float>(canvas->opacity);
     scratch_renderer->drawImages(&own, 1);
@@ -205,7 +197,7 @@ void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region)
         Qv::Box<int> box;
         region->getBox(box);
         renderer->setClip(region);
-        tela_fill_root_background(canvas, renderer, TopDownRect{box.x1, box.y1, box.x2, box.y2});
+        tela_fill_root_background(canvas, renderer, box.toTopDownRectUnflipped());
         return;
     }
     Canvas* draw = canvdraw_canvas(canvas);

@@ -1,17 +1,16 @@
 #include "tela/canvas/MouseContainmentManager.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasTree.h"
 
 #include <algorithm>
-#include <new>
 
 namespace Tela {
 
 MouseContainmentManager& MouseContainmentManager::instance()
 {
-    alignas(MouseContainmentManager) static unsigned char storage[sizeof(MouseContainmentManager)];
-    static auto* manager = ::new (storage) MouseContainmentManager();
+    static Qv::NeverDestroyed<MouseContainmentManager> manager;
     return *manager;
 }
 

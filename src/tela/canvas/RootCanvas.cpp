@@ -12,6 +12,7 @@
 #include "tela/core/TimedTask.h"
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTimeServer.h"
+#include "tela/events/EventTypes.h"
 #include "tela/platform/FxResources.h"
 #include "tela/platform/GraphicPrimitives.h"
 #include "tela/platform/OS.h"
@@ -28,7 +29,7 @@ RegionPtr window_shape(const Qv::Ptr<iRootWindow>& window)
 {
     Qv::Box<int> box;
     window->getBox(box);
-    return region_mkrect(TopDownRect{0, 0, box.x2 - box.x1, box.y2 - box.y1});
+    return region_mkrect(TopDownRect{0, 0, box.width(), box.height()});
 }
 
 } // namespace
@@ -165,7 +166,7 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
     if (!root)
         return nullptr;
     tela_addRootWindow(root, args.eventHandler);
-    root->interest |= 0x1001; // the root takes the timer ticks
+    root->interest |= EventType::TIMER_TICK; // the root takes the timer ticks
     event_set_kbd_focus(root);
     tela_setcanvas(root);
     tela_root_row(root)->wallpaperProvider = args.wallpaper;

@@ -1,10 +1,9 @@
 #include "tela/core/BackgroundTasks.h"
 
 #include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Shutdown.h"
 #include "tela/platform/OS.h"
-
-#include <new>
 
 namespace {
 
@@ -41,10 +40,10 @@ BackgroundTaskBase::BackgroundTaskBase() : m_log(Qv::make<TaskLog>()) {}
 UIBackgroundTasksQueue& UIBackgroundTasksQueue::instance()
 {
     // Never destroyed: a worker may still be finishing when statics go.
-    alignas(UIBackgroundTasksQueue) static unsigned char storage[sizeof(UIBackgroundTasksQueue)];
-    static UIBackgroundTasksQueue* queue = [] {
+    // The drain is registered first, so it is in place before anything is queued.
+    static Qv::NeverDestroyed<UIBackgroundTasksQueue> queue = [] {
         Shutdown::addCallback(drain_at_shutdown, DRAIN_PRIORITY);
-        return ::new (storage) UIBackgroundTasksQueue();
+        return Qv::NeverDestroyed<UIBackgroundTasksQueue>();
     }();
     return *queue;
 }

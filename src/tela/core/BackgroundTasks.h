@@ -9,6 +9,7 @@
 #include "tela/core/CriticalSection.h"
 #include "tela/core/LightweightString.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Ptr.h"
 #include "tela/platform/iThreadingService.h"
 
@@ -52,6 +53,7 @@ public:
     void drain();
 
 private:
+    friend class Qv::NeverDestroyed<UIBackgroundTasksQueue>; // the one instance is built by instance()
     UIBackgroundTasksQueue() = default;
     static iThread::eExecRC work(void* queue);
     void join_finished_worker();

@@ -1,16 +1,14 @@
 #include "tela/core/Commands.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Log.h"
-
-#include <new>
 
 CommandMap& CommandMap::instance()
 {
     // Built on first use, from whichever module's registrar comes first, and
     // never destroyed: registrars in other modules may run after this one's
     // statics would have been torn down.
-    alignas(CommandMap) static unsigned char storage[sizeof(CommandMap)];
-    static CommandMap* map = ::new (storage) CommandMap();
+    static Qv::NeverDestroyed<CommandMap> map;
     return *map;
 }
 

@@ -9,6 +9,7 @@
 
 #include "tela/core/LightweightString.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/UIString.h"
 
 #include <cstdint>
@@ -98,6 +99,7 @@ public:
     Qv::Vector<String> names() const;
 
 private:
+    friend class Qv::NeverDestroyed<CommandMap>; // the one instance is built by instance()
     CommandMap() = default;
 
     mutable std::mutex m_mutex;

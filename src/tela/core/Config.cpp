@@ -1,5 +1,6 @@
 #include "tela/core/Config.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Json.h"
 #include "tela/core/Log.h"
 #include "tela/core/SettingsFile.h"
@@ -20,8 +21,7 @@ struct ConfigurationFile {
 ConfigurationFile& configuration()
 {
     // Never destroyed: lookups may come from other statics' destructors.
-    alignas(ConfigurationFile) static unsigned char storage[sizeof(ConfigurationFile)];
-    static ConfigurationFile* instance = ::new (storage) ConfigurationFile();
+    static Qv::NeverDestroyed<ConfigurationFile> instance;
     return *instance;
 }
 

@@ -1,13 +1,11 @@
 #include "tela/core/KeybindingManager.h"
-
-#include <new>
+#include "tela/core/NeverDestroyed.h"
 
 KeybindingManager& KeybindingManager::instance()
 {
     // Never destroyed, like the command map it reads: its memory comes from
     // the platform's heap, which may be gone when statics are torn down.
-    alignas(KeybindingManager) static unsigned char storage[sizeof(KeybindingManager)];
-    static KeybindingManager* manager = ::new (storage) KeybindingManager();
+    static Qv::NeverDestroyed<KeybindingManager> manager;
     return *manager;
 }
 

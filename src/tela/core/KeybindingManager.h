@@ -9,6 +9,7 @@
 #include "tela/core/Commands.h"
 #include "tela/core/LightweightString.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <cstdint>
 #include <utility>
@@ -39,6 +40,7 @@ public:
     bool tryKey(const ComplexKeyboardEvent& key, bool press) const;
 
 private:
+    friend class Qv::NeverDestroyed<KeybindingManager>; // the one instance is built by instance()
     KeybindingManager() = default;
 
     Qv::Map<std::pair<std::uint32_t, std::uint32_t>, String> m_user; // (key, held) -> command

@@ -1,10 +1,10 @@
 #include "tela/core/NamedObjects.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Memory.h"
 
 #include <cstring>
 #include <mutex>
-#include <new>
 #include <string>
 
 namespace {
@@ -19,8 +19,7 @@ struct Table {
 Table& table()
 {
     // Never destroyed: named objects outlive every static that may use them.
-    alignas(Table) static unsigned char storage[sizeof(Table)];
-    static Table* instance = ::new (storage) Table();
+    static Qv::NeverDestroyed<Table> instance;
     return *instance;
 }
 

@@ -1,5 +1,6 @@
 #include "tela/core/NotifyMsgTypeDictionary.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Memory.h"
 
 #include <mutex>
@@ -21,8 +22,7 @@ struct Names {
 
 Names& names()
 {
-    alignas(Names) static unsigned char storage[sizeof(Names)];
-    static Names* instance = ::new (storage) Names();
+    static Qv::NeverDestroyed<Names> instance;
     return *instance;
 }
 

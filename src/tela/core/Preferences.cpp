@@ -1,5 +1,6 @@
 #include "tela/core/Preferences.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/AtomicFile.h"
 #include "tela/core/Config.h"
 #include "tela/core/Log.h"
@@ -75,7 +76,6 @@ bool EditorPreferences::setPreference(const char* key, const String& value)
 EditorPreferences& prefs()
 {
     // Never destroyed: shut-down code may still read preferences.
-    alignas(EditorPreferences) static unsigned char storage[sizeof(EditorPreferences)];
-    static EditorPreferences* instance = ::new (storage) EditorPreferences();
+    static Qv::NeverDestroyed<EditorPreferences> instance;
     return *instance;
 }

@@ -1,5 +1,6 @@
 #include "tela/core/SettingsFile.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/AtomicFile.h"
 #include "tela/core/Config.h"
 #include "tela/core/Log.h"
@@ -11,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <new>
 #include <unistd.h>
 
 namespace {
@@ -26,8 +26,7 @@ struct ApplicationName {
 ApplicationName& application_name()
 {
     // Never destroyed: settings may be looked up from other statics' destructors.
-    alignas(ApplicationName) static unsigned char storage[sizeof(ApplicationName)];
-    static ApplicationName* instance = ::new (storage) ApplicationName();
+    static Qv::NeverDestroyed<ApplicationName> instance;
     return *instance;
 }
 

@@ -1,5 +1,6 @@
 #include "tela/core/Shutdown.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 
@@ -26,8 +27,7 @@ struct Callbacks {
 // start-up or exit.
 Callbacks& callbacks()
 {
-    alignas(Callbacks) static unsigned char storage[sizeof(Callbacks)];
-    static Callbacks* list = ::new (storage) Callbacks();
+    static Qv::NeverDestroyed<Callbacks> list;
     return *list;
 }
 

@@ -1,4 +1,5 @@
 #include "tela/core/TimedTask.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <algorithm>
 
@@ -41,8 +42,7 @@ void Qv::TimedTask::record(const String& stage, std::uint64_t microseconds)
 Qv::TimedTaskManager& Qv::TimedTaskManager::instance()
 {
     // Never destroyed: tasks are held by function statics all over the library.
-    alignas(TimedTaskManager) static unsigned char storage[sizeof(TimedTaskManager)];
-    static TimedTaskManager* manager = ::new (storage) TimedTaskManager();
+    static Qv::NeverDestroyed<TimedTaskManager> manager;
     return *manager;
 }
 

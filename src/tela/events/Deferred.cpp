@@ -12,14 +12,12 @@
 
 namespace {
 
-constexpr std::uint32_t DEFERRED_TYPE = 0x4001;
-
 // The event that carries a wrapper: the queue holds the only counted
 // reference, so the wrapper dies with the event, delivered or not.
 void send_wrapper(Qv::Ptr<FunctionWrapper> wrapper, Canvas* canvas, const String& id, bool checkTarget)
 {
     Event event;
-    event.type = DEFERRED_TYPE;
+    event.type = EventType::MESSAGE;
     event.handler = wrapper.get();
     event.canvas = canvas;
     event.m_data = std::move(wrapper); // the sender's reference becomes the event's
@@ -56,7 +54,7 @@ void deferUnique(const std::function<void()>& function, const String& id, Canvas
     Qv::Ptr<FunctionWrapper> wrapper = Qv::make<FunctionWrapper>(function);
     // The pending event keeps its place but loses its wrapper, whose death
     // flushes what is queued for it: that very event. Neither runs.
-    if (event_replace_queued_data(DEFERRED_TYPE, id, canvas, wrapper))
+    if (event_replace_queued_data(EventType::MESSAGE, id, canvas, wrapper))
         return;
     send_wrapper(std::move(wrapper), canvas, id, true);
 }

@@ -3,6 +3,7 @@
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/platform/OS.h"
+#include "tela/platform/OSEvents.h"
 #include "tela/platform/iWindowingService.h"
 
 void Event::keyCode(unsigned code)
@@ -23,7 +24,7 @@ unsigned Event::getKeyboardModifiers()
 {
     iWindowingService* windowing = OS()->windowing();
     unsigned held = 0;
-    for (unsigned mask : {0x1000000u, 0x2000000u, 0x4000000u, 0x100000u})
+    for (unsigned mask : {eKeyShift, eKeyControl, eKeyAlt, eKeyMeta})
         if (windowing->isKeyDown(mask))
             held |= mask;
     return held;
@@ -31,31 +32,29 @@ unsigned Event::getKeyboardModifiers()
 
 namespace {
 
-constexpr unsigned MOUSE = 0x100;
-
 unsigned subtype(const Event& e)
 {
-    return e.type & 15u;
+    return e.type & EventType::SUBTYPE_MASK;
 }
 
 } // namespace
 
-bool mouse_event(const Event& e) { return (e.type & MOUSE) != 0; }
-bool mouse_up_event(const Event& e) { return mouse_event(e) && subtype(e) == 1; }
-bool mouse_down_event(const Event& e) { return mouse_event(e) && subtype(e) == 2; }
-bool mouse_hover_event(const Event& e) { return mouse_event(e) && subtype(e) == 3; }
-bool mouse_move_event(const Event& e) { return mouse_event(e) && subtype(e) == 4; }
-bool mouse_chord_event(const Event& e) { return mouse_event(e) && subtype(e) == 5; }
-bool mouse_wheel_event(const Event& e) { return mouse_event(e) && subtype(e) == 6; }
-bool mouse_left_event(const Event& e) { return mouse_event(e) && (e.type & 0x20u); }
-bool mouse_right_event(const Event& e) { return mouse_event(e) && (e.type & 0x40u); }
-bool mouse_middle_event(const Event& e) { return mouse_event(e) && (e.type & 0x80u); }
-bool mouse_double_click_event(const Event& e) { return mouse_event(e) && (e.type & 0x8000u); }
-bool mouse_triple_click_event(const Event& e) { return mouse_event(e) && (e.type & 0x2000u); }
-bool mouse_zoom_event(const Event& e) { return mouse_wheel_event(e) && (e.key & (0x2000000u | 0x100000u)); }
+bool mouse_event(const Event& e) { return (e.type & EventType::MOUSE_CLASS) != 0; }
+bool mouse_up_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::UP; }
+bool mouse_down_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::DOWN; }
+bool mouse_hover_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::HOVER; }
+bool mouse_move_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::MOVE; }
+bool mouse_chord_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::CHORD; }
+bool mouse_wheel_event(const Event& e) { return mouse_event(e) && subtype(e) == EventType::WHEEL; }
+bool mouse_left_event(const Event& e) { return mouse_event(e) && (e.type & EventType::LEFT); }
+bool mouse_right_event(const Event& e) { return mouse_event(e) && (e.type & EventType::RIGHT); }
+bool mouse_middle_event(const Event& e) { return mouse_event(e) && (e.type & EventType::MIDDLE); }
+bool mouse_double_click_event(const Event& e) { return mouse_event(e) && (e.type & EventType::DOUBLE_CLICK); }
+bool mouse_triple_click_event(const Event& e) { return mouse_event(e) && (e.type & EventType::TRIPLE_CLICK); }
+bool mouse_zoom_event(const Event& e) { return mouse_wheel_event(e) && (e.key & (eKeyControl | eKeyMeta)); }
 bool isMouseMoveSignificant(const Event& e) { return e.distance().x >= 4 || e.distance().y >= 4; }
-bool isKeyPressEvent(const Event& e) { return e.type == 512; }
-bool isKeyReleaseEvent(const Event& e) { return e.type == 1024; }
+bool isKeyPressEvent(const Event& e) { return e.type == EventType::KEY_PRESS; }
+bool isKeyReleaseEvent(const Event& e) { return e.type == EventType::KEY_RELEASE; }
 
 bool mouse_event(const Event* e) { return e && mouse_event(*e); }
 bool mouse_up_event(const Event* e) { return e && mouse_up_event(*e); }
@@ -81,7 +80,7 @@ bool eventWasChordEvent(const Event& e)
 
 bool mouse_move_or_hover_event(const Event& e)
 {
-    return mouse_event(e) && (subtype(e) == 3 || subtype(e) == 4);
+    return mouse_event(e) && (subtype(e) == EventType::HOVER || subtype(e) == EventType::MOVE);
 }
 
 bool Tela::isPlainKey(unsigned key)

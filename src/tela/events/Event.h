@@ -6,7 +6,8 @@
 // Type word: low four bits the mouse subtype (1 up, 2 down, 3 hover, 4 move,
 // 5 chord, 6 wheel); 0x10 capture lost; buttons 0x20 left, 0x40 right, 0x80
 // middle; classes 0x100 mouse, 0x200 key press, 0x400 key release, 0x1000
-// timer, 0x4000 message; flags 0x8000 second and 0x2000 third click.
+// timer, 0x4000 message; flags 0x8000 second and 0x2000 third click. The
+// names of these bits and of the words made here are in EventTypes.h.
 //
 // Records come from a process-wide pool: after warm-up, making one is a pop
 // from a lock-free stack and never touches the general heap.
@@ -14,6 +15,7 @@
 #include "tela/core/LightweightString.h"
 #include "tela/core/Ptr.h"
 #include "tela/core/RefCount.h"
+#include "tela/events/EventTypes.h"
 #include "tela/platform/Geometry.h"
 
 #include <cstddef>

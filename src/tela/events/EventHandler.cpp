@@ -1,10 +1,10 @@
 #include "tela/events/EventHandler.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
 
 #include <cstdint>
-#include <new>
 
 EventHandler::EventHandler() : uniqueID(IdStamp::fresh())
 {
@@ -79,7 +79,6 @@ bool EventHandler::valid(EventHandler* handler, IdStamp stamp)
 EventHandler::Registry& EventHandler::instances()
 {
     // Never destroyed: handlers owned by statics may still leave it at exit.
-    alignas(Registry) static unsigned char storage[sizeof(Registry)];
-    static Registry* const registry = ::new (storage) Registry();
+    static Qv::NeverDestroyed<Registry> registry;
     return *registry;
 }

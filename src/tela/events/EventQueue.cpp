@@ -1,5 +1,6 @@
 #include "tela/events/EventQueue.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
@@ -16,9 +17,6 @@
 #include <utility>
 
 namespace {
-
-constexpr unsigned MOUSE_CLASS = 0x100;
-constexpr unsigned TIMER_CLASS = 0x1000;
 
 // How many live queued events name each pointer, so that a handler can tell
 // without walking the queue that nothing queued concerns it. Keys are compared,
@@ -140,8 +138,7 @@ struct Queue {
 Queue& queue()
 {
     // Never destroyed: handlers dying at exit still flush.
-    alignas(Queue) static unsigned char storage[sizeof(Queue)];
-    static Queue* instance = ::new (storage) Queue();
+    static Qv::NeverDestroyed<Queue> instance;
     return *instance;
 }
 
@@ -284,7 +281,7 @@ void event_send(Event* event, bool checkTarget)
         unlink(q, replaced);
         delete replaced;
     }
-    copy->coalescable = (copy->type & MOUSE_CLASS) != 0;
+    copy->coalescable = (copy->type & EventType::MOUSE_CLASS) != 0;
     link_at_head(q, copy);
     wake_main_thread();
 }
@@ -299,11 +296,11 @@ void event_send_idempotent(Event* event, bool replace)
     }
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock);
-    if (event->type == 0x4001 || event->type == 0x4002) {
+    if (event->type == EventType::MESSAGE || event->type == EventType::MESSAGE_RESERVED) {
         EventHandler* target = event->getEventHandlerObj();
         for (Event* queued = q.head; queued; queued = queued->next) {
             ++q.steps;
-            if (queued->type != 0x4001 && queued->type != 0x4002)
+            if (queued->type != EventType::MESSAGE && queued->type != EventType::MESSAGE_RESERVED)
                 continue;
             if (queued->msg().view() != event->msg().view()) // null and empty are alike
                 continue;
@@ -334,7 +331,7 @@ Event* event_receive()
         // cheaper to read, and this runs for every event.
         const auto now = static_cast<std::uint32_t>(msecsNowCoarse());
         if (now - lastReceiveTime > 3000)
-            event_flush(static_cast<Canvas*>(nullptr), MOUSE_CLASS, true);
+            event_flush(static_cast<Canvas*>(nullptr), EventType::MOUSE_CLASS, true);
         lastReceiveTime = now;
     }
 
@@ -367,7 +364,7 @@ Event* event_receive()
 
 void event_free(Event* event)
 {
-    if (event && (event->type & TIMER_CLASS) && event->canvas)
+    if (event && (event->type & EventType::TIMER_CLASS) && event->canvas)
         event->canvas->lastTimerEventTime = static_cast<std::uint32_t>(msecsNow());
     // Hold the payload past the record's end, so that its last release, and
     // any destructor of the application's, runs outside the queue lock.

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr std::uint32_t TIMER_TYPE = 0x1001;
 // A canvas waits this long after finishing with one timer event before the next.
 constexpr std::uint32_t CANVAS_TIMER_GAP = 20;
 
@@ -25,10 +24,10 @@ std::uint32_t now_ms()
 
 void send_canvas_timer_events(Canvas* canvas, std::uint32_t now)
 {
-    if ((canvas->interest & 0x1000) && !event_pending(canvas, 0x1000) &&
+    if ((canvas->interest & EventType::TIMER_CLASS) && !event_pending(canvas, EventType::TIMER_CLASS) &&
         canvas->lastTimerEventTime + CANVAS_TIMER_GAP < now) {
         Event event;
-        event.type = TIMER_TYPE;
+        event.type = EventType::TIMER_TICK;
         event.canvas = canvas;
         event_send(&event, false);
     }
@@ -104,7 +103,7 @@ void EventTimeServer::notifyClients(std::uint32_t now)
     notifying = true;
     m_walk_time = now;
     Event event;
-    event.type = TIMER_TYPE;
+    event.type = EventType::TIMER_TICK;
     event.time = now;
     {
         Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());

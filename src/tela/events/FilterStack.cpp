@@ -1,16 +1,13 @@
 #include "tela/events/FilterStack.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/events/Event.h"
-
-#include <new>
 
 FilterStack<Event>& getEventInterceptStack(EventInterceptStackPriority priority)
 {
     // Never destroyed: filters may still leave them during static shut-down.
-    alignas(FilterStack<Event>) static unsigned char first_storage[sizeof(FilterStack<Event>)];
-    alignas(FilterStack<Event>) static unsigned char normal_storage[sizeof(FilterStack<Event>)];
-    static FilterStack<Event>* const first = ::new (first_storage) FilterStack<Event>();
-    static FilterStack<Event>* const normal = ::new (normal_storage) FilterStack<Event>();
+    static Qv::NeverDestroyed<FilterStack<Event>> first;
+    static Qv::NeverDestroyed<FilterStack<Event>> normal;
     return priority == eInterceptFirst ? *first : *normal;
 }
 

@@ -7,11 +7,9 @@
 
 namespace {
 
-constexpr unsigned MESSAGE_EVENT = 0x4001;
-
 Event message_event(const String& name, EventHandler* target, iObject* sender)
 {
-    Event event(MESSAGE_EVENT);
+    Event event(EventType::MESSAGE);
     event.handler = target;
     event.message(name);
     event.sender = sender;

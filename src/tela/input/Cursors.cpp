@@ -1,5 +1,6 @@
 #include "tela/input/Cursors.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
@@ -15,7 +16,6 @@
 
 #include <atomic>
 #include <cmath>
-#include <new>
 
 namespace {
 
@@ -36,8 +36,7 @@ constexpr CursorFile CURSOR_FILES[] = {
 WString& icons_directory()
 {
     // Never destroyed, like the rest of the library's strings on the platform heap.
-    alignas(WString) static unsigned char storage[sizeof(WString)];
-    static WString* directory = ::new (storage) WString(fromUTF8(Qv::defaultSettingsDirectory() + String("/icons/")));
+    static Qv::NeverDestroyed<WString> directory(fromUTF8(Qv::defaultSettingsDirectory() + String("/icons/")));
     return *directory;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tela/state/TelaState.h"
 #include "tela/events/EventQueue.h"
+#include "tela/events/EventTypes.h"
 #include "tela/input/Cursors.h"
 #include "tela/canvas/MouseContainmentManager.h"
 
@@ -50,7 +51,7 @@ void mouse_canvas_disconnect(Canvas* canvas)
     TelaState& state = tela_state();
     if (state.captureCanvas == canvas)
         state.captureCanvas = nullptr;
-    event_flush(canvas, 0x100, false);
+    event_flush(canvas, EventType::MOUSE_CLASS, false);
 }
 
 Canvas* tela_getCurrentMouseCanvas()

@@ -81,7 +81,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const UserEvent& u)
     int result = event_run_intercept_stacks(*ev);
     if (result == 0)
         result = handleTelaEvent(*ev);
-    if (result == 0 && (ev->type & 0x600)) {
+    if (result == 0 && (ev->type & (EventType::KEY_PRESS | EventType::KEY_RELEASE))) {
         // Nobody wanted the key: perhaps it is bound to a command.
         Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());
         const ComplexKeyboardEvent key { ev->heldKey, ev->key, ev->keyRepeat };
@@ -107,7 +107,7 @@ EventHandler::eResult RootWindowEventHandler::handleTelaEvent(const Event& event
         return EventHandler::eNotHandled;
     // Repaints caused by one input or tick are gathered and done once, at the
     // end of the scope; messages and key releases are left outside.
-    if (event.type & 0x1300) {
+    if (event.type & (EventType::MOUSE_CLASS | EventType::KEY_PRESS | EventType::TIMER_CLASS)) {
         Tela::UpdateDeferrer deferrer(nullptr, Tela::isPresentationEnabled());
         return target->handleEvent(event);
     }
@@ -123,7 +123,7 @@ void RootWindowEventHandler::handleWindowClose()
 
 void Tela::sendShutdownRequestMessage()
 {
-    Event ev(0x200);
+    Event ev(EventType::KEY_PRESS);
     ev.keyCode(RootWindowEventHandler::SHUTDOWN_REQUEST_KEY);
     ev.canvas = event_get_kbd_focus();
     event_send(&ev, false);
@@ -155,7 +155,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const WindowEvent& w)
     case WindowEvent::eFocusLost:
         // The holder of the mouse hears that its buttons are gone.
         if (w.kind == WindowEvent::eFocusLost && state.captureCanvas)
-            sendMouseEvent(state.clickState | 0x111, w.time, 0);
+            sendMouseEvent(state.clickState | EventType::MOUSE_LOST, w.time, 0);
         if (!tela_appHasFocus()) {
             resetKeyboard();
             tela_resetMouse();

@@ -14,6 +14,7 @@
 #include "tela/core/Memory.h"
 #include "tela/core/Ptr.h"
 #include "tela/events/EventHandler.h"
+#include "tela/platform/OSEvents.h"
 #include "tela/platform/iEventHandler.h"
 #include "tela/platform/iRootWindow.h"
 
@@ -48,9 +49,13 @@ void sendShutdownRequestMessage();
 
 class RootWindowEventHandler : public iEventHandler {
 public:
-    // The key code of the close request, and the default key of "ExitApp".
-    static constexpr std::uint32_t SHUTDOWN_REQUEST_KEY = 0x24000078;
-    static constexpr std::uint32_t EXIT_APP_DEFAULT_KEY = 0x4000078;
+    // The default key of "ExitApp", Alt+X, and the key code of the close
+    // request: the same key with a bit above every modifier, which no keyboard
+    // sets, so the request is told apart from a typed Alt+X.
+    static constexpr std::uint32_t SHUTDOWN_REQUEST_BIT = 0x20000000;
+    static constexpr std::uint32_t EXIT_APP_DEFAULT_KEY = eKeyAlt | 'x';
+    static constexpr std::uint32_t SHUTDOWN_REQUEST_KEY = SHUTDOWN_REQUEST_BIT | EXIT_APP_DEFAULT_KEY;
+    static_assert(EXIT_APP_DEFAULT_KEY == 0x4000078 && SHUTDOWN_REQUEST_KEY == 0x24000078);
 
     RootWindowEventHandler();
 

@@ -70,7 +70,7 @@ void RootWindowEventHandler::resetKeyboard()
 void RootWindowEventHandler::sendKbdEvent(Canvas* target, std::uint32_t time, std::uint32_t key, std::int32_t extra,
                                           const ComplexKeyboardEvent* complex)
 {
-    Event ev(0x200);
+    Event ev(EventType::KEY_PRESS);
     ev.canvas = target;
     ev.keyCode(key);
     ev.wheelDelta = extra;
@@ -87,7 +87,7 @@ void RootWindowEventHandler::sendKbdEvent(Canvas* target, std::uint32_t time, st
 iEventHandler::eRC RootWindowEventHandler::handleEvent(const KeyEvent& k)
 {
     if (k.action == KeyEvent::eCompoundText || k.action == KeyEvent::eCompoundTextEnd) {
-        Event ev(0x4001);
+        Event ev(EventType::MESSAGE);
         ev.canvas = event_get_kbd_focus();
         ev.message(String("CompoundTextInput"));
         ev.data(Qv::make<WrappedData<KeyEvent>>(k));
@@ -130,7 +130,7 @@ iEventHandler::eRC RootWindowEventHandler::handleEvent(const KeyEvent& k)
         return eNotHandled;
     }
 
-    Event ev(0x400);
+    Event ev(EventType::KEY_RELEASE);
     ev.canvas = focus;
     ev.time = k.time;
     ev.mouseButtons = getMouseClickState();

@@ -23,8 +23,8 @@ namespace {
 constexpr std::uint32_t DOUBLE_CLICK_MS = 400;
 constexpr std::uint32_t CLICK_DISTANCE = 3;
 
-constexpr std::uint32_t LEFT = 0x20, RIGHT = 0x40, MIDDLE = 0x80;
-constexpr std::uint32_t DOUBLE_CLICK = 0x8000, TRIPLE_CLICK = 0x2000;
+constexpr std::uint32_t LEFT = EventType::LEFT, RIGHT = EventType::RIGHT, MIDDLE = EventType::MIDDLE;
+constexpr std::uint32_t DOUBLE_CLICK = EventType::DOUBLE_CLICK, TRIPLE_CLICK = EventType::TRIPLE_CLICK;
 
 // What makes a press a further click: the previous left press, when and
 // on which canvas it was, and how many quick ones came before.
@@ -51,7 +51,7 @@ void RootWindowEventHandler::sendMouseEvent(std::uint32_t type, std::uint32_t ti
     TelaState& state = tela_state();
     // A plain wheel goes where the pointer is; everything else to the holder
     // of the mouse, so a move without a capture never becomes an event.
-    Canvas* const target = type == 0x106 ? state.currentMouseCanvas : state.captureCanvas;
+    Canvas* const target = type == EventType::MOUSE_WHEEL ? state.currentMouseCanvas : state.captureCanvas;
     if (!target)
         return;
     Event ev(type);
@@ -109,7 +109,7 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
     };
     const auto chord = [&] {
         state.clickState = LEFT | RIGHT;
-        sendMouseEvent(0x105, m.time, 0);
+        sendMouseEvent(EventType::MOUSE_CHORD, m.time, 0);
         state.chordActive = true;
     };
     const auto release = [&](std::uint32_t type, std::uint32_t clear) {
@@ -128,15 +128,15 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
         const bool is_repeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
                               m.time - s_clicks.lastClickTime < DOUBLE_CLICK_MS && distanceFromDown < CLICK_DISTANCE;
         press(LEFT);
-        std::uint32_t type = 0x122;
+        std::uint32_t type = EventType::LEFT_DOWN;
         if (is_repeat) {
             ++s_clicks.clickCount;
             if (s_clicks.clickCount == 1) {
                 state.clickState |= DOUBLE_CLICK;
-                type = 0x8122;
+                type = EventType::LEFT_DOUBLE_DOWN;
             } else if (s_clicks.clickCount == 2) {
                 state.clickState |= TRIPLE_CLICK;
-                type = 0x2122;
+                type = EventType::LEFT_TRIPLE_DOWN;
             } else {
                 s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
             }
@@ -154,34 +154,34 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             break;
         }
         press(RIGHT);
-        sendMouseEvent(0x142, m.time, 0);
+        sendMouseEvent(EventType::RIGHT_DOWN, m.time, 0);
         break;
     case MouseEvent::eMiddleDown:
         press(MIDDLE);
-        sendMouseEvent(0x182, m.time, 0);
+        sendMouseEvent(EventType::MIDDLE_DOWN, m.time, 0);
         break;
     case MouseEvent::eLeftUp: {
-        std::uint32_t type = 0x121;
+        std::uint32_t type = EventType::LEFT_UP;
         // An up that has moved away from the press is a plain one.
         if (distanceFromDown < CLICK_DISTANCE) {
             if (state.clickState & DOUBLE_CLICK)
-                type = 0x8121;
+                type = EventType::LEFT_DOUBLE_UP;
             else if (state.clickState & TRIPLE_CLICK)
-                type = 0x2121;
+                type = EventType::LEFT_TRIPLE_UP;
         }
         release(type, LEFT | DOUBLE_CLICK | TRIPLE_CLICK);
         break;
     }
-    case MouseEvent::eRightUp: release(0x141, RIGHT); break;
-    case MouseEvent::eMiddleUp: release(0x181, MIDDLE); break;
-    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    case MouseEvent::eRightUp: release(EventType::RIGHT_UP, RIGHT); break;
+    case MouseEvent::eMiddleUp: release(EventType::MIDDLE_UP, MIDDLE); break;
+    case MouseEvent::eWheel: sendMouseEvent(EventType::MOUSE_WHEEL, m.time, m.wheelDelta); break;
     case MouseEvent::eMove:
         if (m.pos == lastPos)
             break;
         if (m.heldButtons & 7) {
             dragDistance.x += std::abs(m.pos.x - lastPos.x);
             dragDistance.y += std::abs(m.pos.y - lastPos.y);
-            sendMouseEvent(state.clickState | 0x104, m.time, 0);
+            sendMouseEvent(state.clickState | EventType::MOUSE_DRAG, m.time, 0);
         }
         tela_updateMouseCursor();
         break;
@@ -201,7 +201,7 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
     switch (m.action) {
     case MouseEvent::eLeftUp: release(LEFT); break;
     case MouseEvent::eRightUp: release(RIGHT); break;
-    case MouseEvent::eWheel: sendMouseEvent(0x106, m.time, m.wheelDelta); break;
+    case MouseEvent::eWheel: sendMouseEvent(EventType::MOUSE_WHEEL, m.time, m.wheelDelta); break;
     default: break;
     }
     tela_updateMouseCursor();

@@ -1,13 +1,13 @@
 #include "tela/platform/FxResources.h"
 
+#include "tela/core/NeverDestroyed.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/iImagingService.h"
 
 Qv::FxResources::Manager& Qv::FxResources::Manager::instance()
 {
     // Never destroyed: a frame may still be drawn while statics go away.
-    alignas(Manager) static unsigned char storage[sizeof(Manager)];
-    static Manager* manager = ::new (storage) Manager();
+    static Qv::NeverDestroyed<Manager> manager;
     return *manager;
 }
 
