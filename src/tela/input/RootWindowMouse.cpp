@@ -26,15 +26,6 @@ constexpr std::uint32_t kClickDistance = 3;
 constexpr std::uint32_t kLeft = 0x20, kRight = 0x40, kMiddle = 0x80;
 constexpr std::uint32_t kDoubleClick = 0x8000, kTripleClick = 0x2000;
 
-// What makes a press a further click: the previous left press, when and
-// on which canvas it was, and how many quick ones came before.
-struct ClickCounter {
-    std::uint32_t lastClickTime = 0;
-    Canvas* lastClickCanvas = nullptr;
-    std::uint32_t clickCount = 0;
-};
-ClickCounter s_clicks;
-
 // Whole pixels, rounded down; unsigned so that absurd positions wrap
 // rather than overflow.
 std::uint32_t distance(const XY<int>& a, const XY<int>& b)
@@ -125,27 +116,27 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             chord();
             break;
         }
-        const bool isRepeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
-                              m.time - s_clicks.lastClickTime < kDoubleClickMs && distanceFromDown < kClickDistance;
+        const bool isRepeat = state.currentMouseCanvas == state.lastClickCanvas &&
+                              m.time - state.lastClickTime < kDoubleClickMs && distanceFromDown < kClickDistance;
         press(kLeft);
         std::uint32_t type = 0x122;
         if (isRepeat) {
-            ++s_clicks.clickCount;
-            if (s_clicks.clickCount == 1) {
+            ++state.clickCount;
+            if (state.clickCount == 1) {
                 state.clickState |= kDoubleClick;
                 type = 0x8122;
-            } else if (s_clicks.clickCount == 2) {
+            } else if (state.clickCount == 2) {
                 state.clickState |= kTripleClick;
                 type = 0x2122;
             } else {
-                s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
+                state.clickCount = 0; // the fourth is plain, the fifth a double again
             }
         } else {
-            s_clicks.clickCount = 0;
+            state.clickCount = 0;
         }
         sendMouseEvent(type, m.time, 0);
-        s_clicks.lastClickTime = m.time;
-        s_clicks.lastClickCanvas = state.currentMouseCanvas;
+        state.lastClickTime = m.time;
+        state.lastClickCanvas = state.currentMouseCanvas;
         break;
     }
     case MouseEvent::eRightDown:
