@@ -197,3 +197,10 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
     }
     tela_updateMouseCursor();
 }
+
+void RootWindowEventHandler::resetMouse()
+{
+    dragDistance = XY<int>(0, 0);
+    lastPos = XY<int>(0, 0);
+    downPos = XY<int>(0, 0);
+}
