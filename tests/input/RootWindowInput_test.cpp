@@ -289,3 +289,13 @@ TEST_F(Mouse, a_reset_forgets_every_piece_of_mouse_state)
     ASSERT_EQ(events.size(), 1u);
     EXPECT_EQ(events[0].type, 0x122u);
 }
+
+TEST_F(Mouse, a_canvas_going_away_is_no_longer_the_last_one_pressed)
+{
+    Canvas* const a = child(10, 10, 60, 60);
+    mouse(MouseEvent::eLeftDown, 20, 20, 1000);
+    mouse(MouseEvent::eLeftUp, 20, 20, 1010);
+    ASSERT_EQ(tela_state().lastClickCanvas, a);
+    tela_deletecanvas(a);
+    EXPECT_EQ(tela_state().lastClickCanvas, nullptr);
+}
