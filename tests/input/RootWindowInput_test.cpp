@@ -5,6 +5,7 @@
 #include "tela/core/Config.h"
 #include "core/TemporaryDirectory.h"
 #include "tela/core/WrappedData.h"
+#include "tela/canvas/MouseContainmentManager.h"
 
 #include <functional>
 
@@ -240,4 +241,61 @@ TEST_F(Mouse, DragsAddUpEveryStepAndAMoveInPlaceOnlyPublishes)
     EXPECT_EQ(events[1].distance(), (XY<int>{20, 5}));
     EXPECT_EQ(events[1].screenDownPos(), (XY<int>{20, 80})); // library coordinates: y up
     EXPECT_EQ(tela_getMousePos(), (XY<int>{40, 60}));
+}
+
+TEST_F(Mouse, AResetForgetsEveryPieceOfMouseState)
+{
+    Canvas* const a = child(10, 10, 60, 60);
+    TelaState& state = tela_state();
+    Tela::MouseContainmentManager& containment = Tela::MouseContainmentManager::instance();
+    // A left press, the right added (a chord), and a drag: every piece is set.
+    mouse(MouseEvent::eLeftDown, 20, 20, 1000);
+    mouse(MouseEvent::eRightDown, 20, 20, 1010, MouseEvent::eHeldLeft);
+    mouse(MouseEvent::eMove, 30, 25, 1020, MouseEvent::eHeldLeft | MouseEvent::eHeldRight);
+    taken();
+    ASSERT_EQ(state.captureCanvas, a);
+    ASSERT_EQ(state.currentMouseCanvas, a);
+    ASSERT_TRUE(state.chordActive);
+    ASSERT_NE(state.clickState, 0u);
+    ASSERT_EQ(state.lastClickCanvas, a);
+    ASSERT_EQ(state.lastClickTime, 1000u);
+    ASSERT_EQ(containment.getCurrentCanvas(), a);
+
+    tela_resetMouse();
+
+    EXPECT_EQ(state.captureCanvas, nullptr);
+    EXPECT_EQ(state.currentMouseCanvas, nullptr);
+    EXPECT_FALSE(state.chordActive);
+    EXPECT_EQ(state.clickState, 0u);
+    EXPECT_EQ(state.lastClickCanvas, nullptr);
+    EXPECT_EQ(state.lastClickTime, 0u);
+    EXPECT_EQ(state.clickCount, 0u);
+    EXPECT_EQ(containment.getCurrentCanvas(), nullptr);
+    // The pointer has not moved: its last position is a fact, not a belief.
+    EXPECT_EQ(tela_getMousePos(), (XY<int>{30, 75}));
+
+    // The handler's press and drag, as an event sent to a capture shows them.
+    state.captureCanvas = a;
+    handler->sendMouseEvent(0x104, 1030, 0);
+    state.captureCanvas = nullptr;
+    std::vector<Event> events = taken();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].screenDownPos(), (XY<int>{0, 0}));
+    EXPECT_EQ(events[0].distance(), (XY<int>{0, 0}));
+
+    // A press soon after, where the last one was, starts counting afresh.
+    mouse(MouseEvent::eLeftDown, 20, 20, 1040);
+    events = taken();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].type, 0x122u);
+}
+
+TEST_F(Mouse, ACanvasGoingAwayIsNoLongerTheLastOnePressed)
+{
+    Canvas* const a = child(10, 10, 60, 60);
+    mouse(MouseEvent::eLeftDown, 20, 20, 1000);
+    mouse(MouseEvent::eLeftUp, 20, 20, 1010);
+    ASSERT_EQ(tela_state().lastClickCanvas, a);
+    tela_deletecanvas(a);
+    EXPECT_EQ(tela_state().lastClickCanvas, nullptr);
 }

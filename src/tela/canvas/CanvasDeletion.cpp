@@ -91,6 +91,9 @@ void tela_deletecanvas(Canvas* canvas)
         state.currentMouseCanvas = nullptr;
     }
 
+    // A canvas made later at this address must not count as the one pressed.
+    if (state.lastClickCanvas == canvas)
+        state.lastClickCanvas = nullptr;
     Tela::MouseContainmentManager::instance().remove(canvas);
     delete canvas; // the virtual destructor; the block goes back through the seam
 }

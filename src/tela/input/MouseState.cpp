@@ -4,6 +4,7 @@
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTypes.h"
 #include "tela/input/Cursors.h"
+#include "tela/input/RootWindowEventHandler.h"
 #include "tela/canvas/MouseContainmentManager.h"
 
 XY<int> tela_getMousePos()
@@ -66,6 +67,16 @@ void tela_resetMouse()
     state.captureCanvas = nullptr;
     state.chordActive = false;
     state.clickState = 0;
+    // Without this a press soon after the reset, on the canvas pressed
+    // before it, would still count as a double click.
+    state.lastClickTime = 0;
+    state.lastClickCanvas = nullptr;
+    state.clickCount = 0;
+    for (const RootWindowRec& row : state.rootWindows)
+        if (auto* handler = dynamic_cast<RootWindowEventHandler*>(row.eventHandler.get()))
+            handler->resetMouse();
+    // Last, as it calls out: every canvas the pointer was in is told it left,
+    // innermost first.
     Tela::MouseContainmentManager::instance().setCurrentCanvas(nullptr);
 }
 

@@ -81,6 +81,10 @@ public:
 
     // Forgets the keys held: the next key starts afresh.
     void resetKeyboard();
+    // Forgets the press and drag: the position of the last press, the
+    // distance dragged since, and the position before the last report.
+    // tela_resetMouse calls it for every root window's handler.
+    void resetMouse();
 
     // Sends a key press to `target` (null: nothing is queued). With `complex`,
     // its three fields replace the event's held key, key and repeat flag.

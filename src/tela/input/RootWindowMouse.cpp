@@ -26,15 +26,6 @@ constexpr std::uint32_t CLICK_DISTANCE = 3;
 constexpr std::uint32_t LEFT = EventType::LEFT, RIGHT = EventType::RIGHT, MIDDLE = EventType::MIDDLE;
 constexpr std::uint32_t DOUBLE_CLICK = EventType::DOUBLE_CLICK, TRIPLE_CLICK = EventType::TRIPLE_CLICK;
 
-// What makes a press a further click: the previous left press, when and
-// on which canvas it was, and how many quick ones came before.
-struct ClickCounter {
-    std::uint32_t lastClickTime = 0;
-    Canvas* lastClickCanvas = nullptr;
-    std::uint32_t clickCount = 0;
-};
-ClickCounter s_clicks;
-
 // Whole pixels, rounded down; unsigned so that absurd positions wrap
 // rather than overflow.
 std::uint32_t distance(const XY<int>& a, const XY<int>& b)
@@ -125,27 +116,27 @@ void RootWindowEventHandler::handleMouseOverCanvas(const MouseEvent& m, std::uin
             chord();
             break;
         }
-        const bool is_repeat = state.currentMouseCanvas == s_clicks.lastClickCanvas &&
-                              m.time - s_clicks.lastClickTime < DOUBLE_CLICK_MS && distanceFromDown < CLICK_DISTANCE;
+        const bool is_repeat = state.currentMouseCanvas == state.lastClickCanvas &&
+                              m.time - state.lastClickTime < DOUBLE_CLICK_MS && distanceFromDown < CLICK_DISTANCE;
         press(LEFT);
         std::uint32_t type = EventType::LEFT_DOWN;
         if (is_repeat) {
-            ++s_clicks.clickCount;
-            if (s_clicks.clickCount == 1) {
+            ++state.clickCount;
+            if (state.clickCount == 1) {
                 state.clickState |= DOUBLE_CLICK;
                 type = EventType::LEFT_DOUBLE_DOWN;
-            } else if (s_clicks.clickCount == 2) {
+            } else if (state.clickCount == 2) {
                 state.clickState |= TRIPLE_CLICK;
                 type = EventType::LEFT_TRIPLE_DOWN;
             } else {
-                s_clicks.clickCount = 0; // the fourth is plain, the fifth a double again
+                state.clickCount = 0; // the fourth is plain, the fifth a double again
             }
         } else {
-            s_clicks.clickCount = 0;
+            state.clickCount = 0;
         }
         sendMouseEvent(type, m.time, 0);
-        s_clicks.lastClickTime = m.time;
-        s_clicks.lastClickCanvas = state.currentMouseCanvas;
+        state.lastClickTime = m.time;
+        state.lastClickCanvas = state.currentMouseCanvas;
         break;
     }
     case MouseEvent::eRightDown:
@@ -205,4 +196,11 @@ void RootWindowEventHandler::handleMouseOverNothing(const MouseEvent& m)
     default: break;
     }
     tela_updateMouseCursor();
+}
+
+void RootWindowEventHandler::resetMouse()
+{
+    dragDistance = XY<int>(0, 0);
+    lastPos = XY<int>(0, 0);
+    downPos = XY<int>(0, 0);
 }

@@ -78,6 +78,12 @@ public:
     // monitor sets its cursor from its own thread.
     Qv::Map<std::int32_t, Qv::Ptr<iCursor>> cursorCache;
     CriticalSection cursorLock;
+    // The click counter: the previous left press, when and on which canvas it
+    // was, and how many quick presses came before it. lastClickCanvas is only
+    // compared, never followed.
+    std::uint32_t lastClickTime = 0;
+    Canvas* lastClickCanvas = nullptr;
+    std::uint32_t clickCount = 0;
 };
 
 TelaState& tela_state();
