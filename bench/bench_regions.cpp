@@ -4,8 +4,8 @@
 
 #include "tela/vector/Regions.h"
 
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
 
 #include <benchmark/benchmark.h>
 #include <pixman.h>

@@ -1,7 +1,7 @@
 #include "headless/HeadlessMainLoop.h"
 
-#include "tela/core/Clock.h"
 #include "headless/HeadlessRootWindow.h"
+#include "tela/core/Clock.h"
 
 #include <algorithm>
 #include <chrono>

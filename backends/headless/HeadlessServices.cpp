@@ -1,13 +1,13 @@
 #include "headless/HeadlessServices.h"
-#include "tela/core/NeverDestroyed.h"
 #include "headless/SoftwareRenderer.h"
+#include "tela/core/NeverDestroyed.h"
 
-#include "tela/core/Log.h"
-#include "tela/platform/Platforms.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"
 #include "headless/PixmanRegion.h"
 #include "headless/PngFile.h"
+#include "tela/core/Log.h"
+#include "tela/platform/Platforms.h"
 
 #include <pixman.h>
 #include <sys/stat.h>

@@ -9,12 +9,12 @@
 #include "headless/HeadlessMainLoop.h"
 #include "headless/HeadlessMemory.h"
 #include "headless/HeadlessThreading.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iFileSystemService.h"
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/iShellService.h"
 #include "tela/platform/iSystemInfo.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
 
 #include <atomic>
 #include <mutex>

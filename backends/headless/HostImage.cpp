@@ -1,7 +1,7 @@
 #include "headless/HostImage.h"
 
-#include "tela/core/Log.h"
 #include "headless/SoftwareRenderer.h"
+#include "tela/core/Log.h"
 
 #include <cstring>
 #include <limits>

@@ -9,8 +9,8 @@
 // [SECTION] Operations not drawn yet
 #include "headless/SoftwareRenderer.h"
 
-#include "tela/core/Log.h"
 #include "headless/PixmanRegion.h"
+#include "tela/core/Log.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "sdl/SdlRootWindow.h"
 
-#include "tela/core/Log.h"
 #include "sdl/SdlServices.h"
+#include "tela/core/Log.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "sdl/SdlServices.h"
 
-#include "tela/core/NeverDestroyed.h"
-#include "tela/core/Log.h"
-#include "tela/platform/Platforms.h"
-#include "tela/core/Threads.h"
 #include "headless/PixmanRegion.h"
 #include "sdl/SdlInput.h"
 #include "sdl/SdlRootWindow.h"
+#include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
+#include "tela/core/Threads.h"
+#include "tela/platform/Platforms.h"
 
 #include <algorithm>
 #include <cmath>

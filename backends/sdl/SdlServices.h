@@ -23,10 +23,10 @@
 #pragma once
 
 #include "headless/HeadlessServices.h"
-#include "tela/platform/OS.h"
+#include "sdl/SdlX11.h"
 #include "tela/platform/iSystemInfo.h"
 #include "tela/platform/iWindowingService.h"
-#include "sdl/SdlX11.h"
+#include "tela/platform/OS.h"
 
 #include <SDL.h>
 

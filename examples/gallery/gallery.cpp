@@ -14,7 +14,6 @@
 // Usage: gallery [directory for screenshots]   (default: the current directory)
 
 #include "tela/app/Application.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
@@ -28,12 +27,13 @@
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTimeServer.h"
 #include "tela/input/RootWindowEventHandler.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
 #include "tela/canvas/ScreenGrab.h"
+#include "tela/platform/iImagingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
-#include "tela/platform/iImagingService.h"
 
 #include <cstdio>
 #include <cstring>

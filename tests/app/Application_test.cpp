@@ -2,7 +2,6 @@
 // a scripted session, the ways a run ends, and the shut-down that lets go of
 // the library's state without touching what the program made.
 #include "tela/app/Application.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasTree.h"
@@ -13,6 +12,7 @@
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
 #include "tela/input/SystemBusyMonitor.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"

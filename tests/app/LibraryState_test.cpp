@@ -1,12 +1,12 @@
 #include "tela/app/Diagnostics.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/core/Commands.h"
 #include "tela/core/NotifyMsgTypeDictionary.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 
 #include "support/ReportCapture.h"
 

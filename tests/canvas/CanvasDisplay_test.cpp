@@ -7,8 +7,8 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/Tiling.h"
 #include "tela/events/EventQueue.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
 #include "tela/vector/Regions.h"
 
 #include "support/RecordingRenderer.h"

@@ -4,8 +4,8 @@
 #include "tela/core/Preferences.h"
 #include "tela/core/TimedTask.h"
 
-#include "TemporaryDirectory.h"
 #include "support/ReportCapture.h"
+#include "TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

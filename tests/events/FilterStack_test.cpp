@@ -3,8 +3,8 @@
 
 #include "EventSupport.h"
 
-#include "tela/events/FilterStack.h"
 #include "support/ReportCapture.h"
+#include "tela/events/FilterStack.h"
 
 #include <gtest/gtest.h>
 

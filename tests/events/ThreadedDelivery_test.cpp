@@ -3,10 +3,10 @@
 
 #include "EventSupport.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/state/TelaState.h"
 
 #include "headless/HeadlessServices.h"
 #include "support/LiveBlocks.h"

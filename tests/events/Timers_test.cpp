@@ -3,10 +3,10 @@
 
 #include "EventSupport.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/events/EventTimeServer.h"
+#include "tela/state/TelaState.h"
 
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"

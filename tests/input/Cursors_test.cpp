@@ -3,10 +3,10 @@
 #include "input/RootWindowFixture.h"
 
 #include "core/TemporaryDirectory.h"
-#include "tela/input/Cursors.h"
-#include "tela/canvas/MouseContainmentManager.h"
-#include "tela/input/SystemBusyMonitor.h"
 #include "support/ReportCapture.h"
+#include "tela/canvas/MouseContainmentManager.h"
+#include "tela/input/Cursors.h"
+#include "tela/input/SystemBusyMonitor.h"
 
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"

@@ -2,6 +2,7 @@
 // and the window's own events: focus, size, close and dragged files.
 #include "input/RootWindowFixture.h"
 
+#include "headless/HeadlessServices.h"
 #include "tela/app/Application.h"
 #include "tela/core/Clock.h"
 #include "tela/core/Commands.h"
@@ -9,7 +10,6 @@
 #include "tela/core/Shutdown.h"
 #include "tela/core/SystemWatchdog.h"
 #include "tela/events/FilterStack.h"
-#include "headless/HeadlessServices.h"
 
 #include <thread>
 

@@ -3,7 +3,6 @@
 // what it queued.
 #pragma once
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/RootCanvas.h"
@@ -11,6 +10,7 @@
 #include "tela/events/EventQueue.h"
 #include "tela/input/MouseState.h"
 #include "tela/input/RootWindowEventHandler.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"

@@ -2,10 +2,10 @@
 // folding, capture, click counting, button chords and drag distance.
 #include "input/RootWindowFixture.h"
 
-#include "tela/core/Config.h"
 #include "core/TemporaryDirectory.h"
-#include "tela/core/WrappedData.h"
 #include "tela/canvas/MouseContainmentManager.h"
+#include "tela/core/Config.h"
+#include "tela/core/WrappedData.h"
 
 #include <functional>
 

@@ -3,8 +3,8 @@
 // everything else are left alone.
 #pragma once
 
-#include "tela/canvas/RootCanvas.h"
 #include "support/WakeSink.h"
+#include "tela/canvas/RootCanvas.h"
 
 class PaintForwarder final : public WakeSink {
 public:

@@ -1,7 +1,5 @@
 #include "tela/app/Application.h"
-#include "tela/platform/Platforms.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
@@ -13,11 +11,13 @@
 #include "tela/events/EventQueue.h"
 #include "tela/events/UIThreadCallback.h"
 #include "tela/input/SystemBusyMonitor.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iFileSystemService.h"
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/iShellService.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/Platforms.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/GraphicsState.h"
 
 #include <algorithm>

@@ -35,10 +35,10 @@
 // then, back on the main thread, the application's own event handler (from
 // the window description) is installed and initComplete() runs.
 
-#include "tela/core/QvApplication.h"
 #include "tela/core/BackgroundTasks.h"
 #include "tela/core/Callback.h"
 #include "tela/core/NotifyMsg.h"
+#include "tela/core/QvApplication.h"
 #include "tela/input/RootWindowEventHandler.h"
 #include "tela/platform/iRootWindow.h"
 

@@ -4,16 +4,16 @@
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/Composition.h"
-#include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/Coordinates.h"
-#include "tela/state/TelaState.h"
+#include "tela/canvas/DisplayRoad.h"
+#include "tela/canvas/UpdateTracking.h"
 #include "tela/platform/GraphicPrimitives.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iAtomicsService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
-#include "tela/canvas/UpdateTracking.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -3,17 +3,17 @@
 
 #include "tela/canvas/CanvasTree.h"
 
-#include "tela/core/Log.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/Mapping.h"
+#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/canvas/Picking.h"
 #include "tela/canvas/UpdateTracking.h"
+#include "tela/core/Log.h"
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTypes.h"
-#include "tela/canvas/MouseContainmentManager.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/GraphicsState.h"
 
 namespace {

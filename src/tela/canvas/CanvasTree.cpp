@@ -1,9 +1,9 @@
 #include "tela/canvas/CanvasTree.h"
 
-#include "tela/core/Log.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/Mapping.h"
 #include "tela/canvas/UpdateTracking.h"
+#include "tela/core/Log.h"
 #include "tela/events/EventTypes.h"
 
 #include <new>

@@ -1,6 +1,5 @@
 #include "tela/canvas/DisplayPipeline.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
@@ -10,6 +9,7 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/platform/GraphicPrimitives.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
 #include <chrono>

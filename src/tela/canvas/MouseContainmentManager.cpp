@@ -1,8 +1,8 @@
 #include "tela/canvas/MouseContainmentManager.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include "tela/canvas/Picking.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/state/TelaState.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "tela/canvas/PixelCopy.h"
 
 #include "tela/canvas/Canvas.h"
-#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/platform/GraphicPrimitives.h"
 

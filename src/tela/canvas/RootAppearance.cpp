@@ -1,14 +1,14 @@
 #include "tela/canvas/RootAppearance.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/colour/DefaultWindowColour.h"
 #include "tela/core/HTMLUtils.h"
 #include "tela/core/Preferences.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iImagingService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "tela/canvas/RootCanvas.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
@@ -15,8 +14,9 @@
 #include "tela/events/EventTypes.h"
 #include "tela/platform/FxResources.h"
 #include "tela/platform/GraphicPrimitives.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
 

@@ -1,12 +1,12 @@
 #include "tela/canvas/ScreenGrab.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/Coordinates.h"
 #include "tela/canvas/DisplayPipeline.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/platform/GraphicPrimitives.h"
+#include "tela/state/TelaState.h"
 
 #include <cmath>
 

@@ -1,14 +1,14 @@
 #include "tela/canvas/UpdateTracking.h"
 
-#include "tela/core/Log.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/DisplayPipeline.h"
 #include "tela/canvas/DisplayRoad.h"
+#include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 #include "tela/core/Threads.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "tela/canvas/Wipe.h"
 
 #include "tela/canvas/Canvas.h"
-#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/colour/CurrentColour.h"
 #include "tela/platform/GraphicPrimitives.h"

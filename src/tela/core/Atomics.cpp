@@ -1,7 +1,7 @@
 #include "tela/core/Ptr.h"
 
-#include "tela/platform/OS.h"
 #include "tela/platform/iAtomicsService.h"
+#include "tela/platform/OS.h"
 
 std::int32_t Qv::atomicIncrement(std::int32_t* counter)
 {

@@ -1,7 +1,7 @@
 #include "tela/core/Commands.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
 
 CommandMap& CommandMap::instance()
 {

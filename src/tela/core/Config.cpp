@@ -1,8 +1,8 @@
 #include "tela/core/Config.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Json.h"
 #include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/SettingsFile.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "tela/core/Memory.h"
 
-#include "tela/platform/OS.h"
 #include "tela/platform/iMemoryService.h"
+#include "tela/platform/OS.h"
 
 void* Qv::allocate(std::size_t bytes)
 {

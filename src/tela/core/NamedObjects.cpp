@@ -1,7 +1,7 @@
 #include "tela/core/NamedObjects.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <cstring>
 #include <mutex>

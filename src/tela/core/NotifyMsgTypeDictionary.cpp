@@ -1,7 +1,7 @@
 #include "tela/core/NotifyMsgTypeDictionary.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <mutex>
 #include <string>

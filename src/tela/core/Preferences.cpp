@@ -1,9 +1,9 @@
 #include "tela/core/Preferences.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/AtomicFile.h"
 #include "tela/core/Config.h"
 #include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/SettingsFile.h"
 
 #include <string>

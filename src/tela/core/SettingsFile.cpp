@@ -1,11 +1,11 @@
 #include "tela/core/SettingsFile.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/AtomicFile.h"
 #include "tela/core/Config.h"
 #include "tela/core/Log.h"
-#include "tela/platform/OS.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/platform/iFileSystemService.h"
+#include "tela/platform/OS.h"
 
 #include <cerrno>
 #include <cstdio>

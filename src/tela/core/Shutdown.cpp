@@ -1,8 +1,8 @@
 #include "tela/core/Shutdown.h"
 
-#include "tela/core/NeverDestroyed.h"
 #include "tela/core/Log.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NeverDestroyed.h"
 
 #include <algorithm>
 #include <atomic>

@@ -3,9 +3,9 @@
 #include "tela/core/Threads.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iFileSystemService.h"
 #include "tela/platform/iShellService.h"
+#include "tela/platform/OS.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,9 +2,9 @@
 
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
+#include "tela/platform/iWindowingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/OSEvents.h"
-#include "tela/platform/iWindowingService.h"
 
 void Event::keyCode(unsigned code)
 {

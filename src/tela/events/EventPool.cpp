@@ -21,8 +21,8 @@
 
 #include "tela/core/Memory.h"
 #include "tela/core/NamedObjects.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iAtomicsService.h"
+#include "tela/platform/OS.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,15 +1,15 @@
 #include "tela/events/EventQueue.h"
 
-#include "tela/core/NeverDestroyed.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/core/Clock.h"
 #include "tela/core/Config.h"
 #include "tela/core/CriticalSection.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventHandler.h"
 #include "tela/platform/iRootWindow.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Matrix.h"
 
 #include <atomic>

@@ -1,6 +1,5 @@
 #include "tela/events/EventTimeServer.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/core/Clock.h"
@@ -8,6 +7,7 @@
 #include "tela/events/Event.h"
 #include "tela/events/EventHandler.h"
 #include "tela/events/EventQueue.h"
+#include "tela/state/TelaState.h"
 
 #include <algorithm>
 #include <cmath>

@@ -21,8 +21,8 @@
 // code that can run under the queue lock, such as a payload's destructor. And
 // a filter must not wait for the main thread, which may be waiting for it.
 
-#include "tela/core/Log.h"
 #include "tela/core/CriticalSection.h"
+#include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 #include "tela/core/ScopeGuard.h"
 #include "tela/events/FilterStackable.h"

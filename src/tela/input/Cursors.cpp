@@ -1,18 +1,18 @@
 #include "tela/input/Cursors.h"
 
-#include "tela/core/NeverDestroyed.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/Picking.h"
 #include "tela/core/Log.h"
+#include "tela/core/NeverDestroyed.h"
 #include "tela/core/SettingsFile.h"
 #include "tela/events/Deferred.h"
 #include "tela/input/MouseState.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iFileSystemService.h"
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/iSystemInfo.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,9 +1,9 @@
 #include "tela/input/FileDrag.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/core/Memory.h"
 #include "tela/input/MouseState.h"
+#include "tela/state/TelaState.h"
 
 void Tela::dragFilesToOS(const std::vector<LightweightString<wchar_t>>& paths)
 {

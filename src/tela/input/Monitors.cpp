@@ -1,11 +1,11 @@
 #include "tela/input/Monitors.h"
 #include "tela/input/Monitors_private.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/core/Config.h"
 #include "tela/input/MouseState.h"
 #include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,11 +1,11 @@
 #include "tela/input/MouseState.h"
 
-#include "tela/state/TelaState.h"
+#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTypes.h"
 #include "tela/input/Cursors.h"
 #include "tela/input/RootWindowEventHandler.h"
-#include "tela/canvas/MouseContainmentManager.h"
+#include "tela/state/TelaState.h"
 
 XY<int> tela_getMousePos()
 {

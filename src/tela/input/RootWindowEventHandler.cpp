@@ -2,8 +2,8 @@
 // are in RootWindowKeyboard.cpp and RootWindowMouse.cpp.
 #include "tela/input/RootWindowEventHandler.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Coordinates.h"
+#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/core/Commands.h"
@@ -15,10 +15,10 @@
 #include "tela/events/EventTimeServer.h"
 #include "tela/events/FilterStack.h"
 #include "tela/input/Cursors.h"
-#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/input/MouseState.h"
 #include "tela/input/SystemBusyMonitor.h"
 #include "tela/input/WindowPlacement.h"
+#include "tela/state/TelaState.h"
 
 namespace {
 

@@ -14,9 +14,9 @@
 #include "tela/core/Memory.h"
 #include "tela/core/Ptr.h"
 #include "tela/events/EventHandler.h"
-#include "tela/platform/OSEvents.h"
 #include "tela/platform/iEventHandler.h"
 #include "tela/platform/iRootWindow.h"
+#include "tela/platform/OSEvents.h"
 
 #include <cstdint>
 

@@ -14,12 +14,12 @@
 //   A, any           release other than B  none             release
 #include "tela/input/RootWindowEventHandler.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/core/Config.h"
 #include "tela/core/WrappedData.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
 #include "tela/input/MouseState.h"
+#include "tela/state/TelaState.h"
 
 #include <cwctype>
 

@@ -4,16 +4,16 @@
 // the distance dragged since the last press, and the cursor.
 #include "tela/input/RootWindowEventHandler.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Coordinates.h"
+#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/canvas/Picking.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/core/WrappedData.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
 #include "tela/input/Cursors.h"
-#include "tela/canvas/MouseContainmentManager.h"
 #include "tela/input/MouseState.h"
+#include "tela/state/TelaState.h"
 
 #include <cmath>
 #include <cstdlib>

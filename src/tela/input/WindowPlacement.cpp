@@ -1,14 +1,14 @@
 #include "tela/input/WindowPlacement.h"
 
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/core/Json.h"
 #include "tela/core/Preferences.h"
 #include "tela/input/Monitors.h"
 #include "tela/input/Monitors_private.h"
 #include "tela/input/RootWindowEventHandler.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iFileSystemService.h"
+#include "tela/platform/OS.h"
+#include "tela/state/TelaState.h"
 
 #include <cmath>
 #include <cstdlib>

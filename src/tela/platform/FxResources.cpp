@@ -1,8 +1,8 @@
 #include "tela/platform/FxResources.h"
 
 #include "tela/core/NeverDestroyed.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iImagingService.h"
+#include "tela/platform/OS.h"
 
 Qv::FxResources::Manager& Qv::FxResources::Manager::instance()
 {

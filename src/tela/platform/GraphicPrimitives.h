@@ -11,9 +11,9 @@
 // - Copies are plain member copies; Qv::Ptr and string members are shared, not cloned.
 #pragma once
 
-#include "tela/core/NormalisedRGB.h"
 #include "tela/core/LightweightString.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NormalisedRGB.h"
 #include "tela/core/Ptr.h"
 #include "tela/platform/Geometry.h"
 #include "tela/platform/iFont.h"

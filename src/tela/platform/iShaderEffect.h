@@ -8,8 +8,8 @@
 //   renderer never has to guess a parameter's type.
 #pragma once
 
-#include "tela/core/NormalisedRGB.h"
 #include "tela/core/LightweightString.h"
+#include "tela/core/NormalisedRGB.h"
 #include "tela/core/Ptr.h"
 
 #include <type_traits>

@@ -8,19 +8,19 @@
 // root window, 13 size or state change, and mouseStateChangeType for every
 // mouse move or button change.
 
-#include "tela/core/NormalisedRGB.h"
 #include "tela/core/Callback.h"
 #include "tela/core/CriticalSection.h"
 #include "tela/core/Guard.h"
 #include "tela/core/Memory.h"
+#include "tela/core/NormalisedRGB.h"
 #include "tela/core/Notifier.h"
 #include "tela/core/Ptr.h"
-#include "tela/platform/OSEvents.h"
 #include "tela/platform/iEventHandler.h"
 #include "tela/platform/iRootWindow.h"
 #include "tela/platform/iShaderEffect.h"
 #include "tela/platform/iWallpaperProvider.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OSEvents.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 #include "tela/vector/GraphicsState.h"
 
-#include "tela/core/Log.h"
-#include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/colour/CurrentColour.h"
+#include "tela/core/Log.h"
 #include "tela/core/Ptr.h"
+#include "tela/state/TelaState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/PathState.h"
 

@@ -2,8 +2,8 @@
 
 #include "tela/core/Log.h"
 #include "tela/core/Memory.h"
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
 
 #include <algorithm>
 #include <cstring>

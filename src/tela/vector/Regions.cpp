@@ -1,7 +1,7 @@
 #include "tela/vector/Regions.h"
 
-#include "tela/platform/OS.h"
 #include "tela/platform/iWindowingService.h"
+#include "tela/platform/OS.h"
 #include "tela/vector/RegionBuilder.h"
 
 #include <algorithm>
