@@ -23,6 +23,7 @@
 #include "headless/HostImage.h"
 #include "headless/PngFile.h"
 #include "support/PaintForwarder.h"
+#include "support/PixelCompare.h"
 
 #include <gtest/gtest.h>
 
@@ -76,24 +77,6 @@ public:
 std::string reference(const char* name)
 {
     return std::string(TELA_TEST_DATA) + "/" + name;
-}
-
-// Counts pixels whose channels differ by more than `tolerance`.
-int differing_pixels(const Headless::HostImage& a, const Headless::HostImage& b, int tolerance)
-{
-    XY<int> size;
-    a.getSize(size);
-    int differing = 0;
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x) {
-            const std::uint32_t p = a.pixelAt(x, y), q = b.pixelAt(x, y);
-            for (int shift = 0; shift < 32; shift += 8)
-                if (std::abs(static_cast<int>((p >> shift) & 255) - static_cast<int>((q >> shift) & 255)) > tolerance) {
-                    ++differing;
-                    break;
-                }
-        }
-    return differing;
 }
 
 } // namespace

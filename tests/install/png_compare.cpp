@@ -1,11 +1,10 @@
 // png_compare ACTUAL EXPECTED [TOLERANCE]: exits 0 when the two pictures have
 // the same size and no channel differs by more than TOLERANCE (default 2).
 #include "headless/PngFile.h"
+#include "support/PixelCompare.h"
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 int main(int argc, char** argv)
 {
@@ -27,21 +26,9 @@ int main(int argc, char** argv)
                      expected_size.y);
         return 1;
     }
-    long differing = 0;
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x) {
-            std::uint32_t a = 0;
-            std::uint32_t b = 0;
-            std::memcpy(&a, actual->data() + y * actual->stride() + x * 4, 4);
-            std::memcpy(&b, expected->data() + y * expected->stride() + x * 4, 4);
-            for (int shift = 0; shift < 32; shift += 8)
-                if (std::abs(static_cast<int>((a >> shift) & 255) - static_cast<int>((b >> shift) & 255)) > tolerance) {
-                    ++differing;
-                    break;
-                }
-        }
+    const int differing = differing_pixels(*actual, *expected, tolerance);
     if (differing) {
-        std::fprintf(stderr, "%ld pixels of %s differ from %s by more than %d\n", differing, argv[1], argv[2], tolerance);
+        std::fprintf(stderr, "%d pixels of %s differ from %s by more than %d\n", differing, argv[1], argv[2], tolerance);
         return 1;
     }
     std::printf("%s matches %s\n", argv[1], argv[2]);
