@@ -113,21 +113,8 @@ TEST_F(Placement, SavingKeepsTheNormalGeometryOfAMaximisedOrTitleLessWindow)
     tela_deletecanvas(root);
 }
 
-TEST(WindowArguments, FieldsKeepTheirOrderAndDefaults)
+TEST(WindowArguments, FieldsKeepTheirOrder)
 {
-    const Args defaults;
-    EXPECT_EQ(defaults.size, (XY<int>{0, 0}));
-    EXPECT_EQ(defaults.position, (XY<int>{0, 0}));
-    EXPECT_EQ(defaults.flags, 51u);
-    EXPECT_EQ(defaults.platformValue1, 1u);
-    EXPECT_EQ(defaults.platformValue2, 7u);
-    EXPECT_EQ(defaults.mode, 1u);
-    EXPECT_EQ(defaults.platformPoint1, (XY<int>{0, 0}));
-    EXPECT_EQ(defaults.platformPoint2, (XY<int>{0, 0}));
-    EXPECT_TRUE(defaults.name.empty());
-    EXPECT_FALSE(defaults.wallpaper);
-    EXPECT_FALSE(defaults.eventHandler);
-
     // Written in field order, as a program built against the layout does.
     const Qv::Ptr<iEventHandler> handler = Qv::make<RootWindowEventHandler>();
     const Args written{XY<int>{640, 480}, XY<int>{10, 20}, Args::eTitleBar, 1, 7, 2, XY<int>{}, XY<int>{},

@@ -32,8 +32,3 @@ TEST(Box, AnEmptyBoxAddsNothingToAUnion)
         growing.unite(part);
     EXPECT_EQ(growing, (Box{-3, 2, 6, 6}));
 }
-
-TEST(Box, TurningAWindowBoxIntoARectangleKeepsItsNumbers)
-{
-    EXPECT_EQ((Box{1, 2, 3, 4}.toTopDownRectUnflipped()), (TopDownRect{1, 2, 3, 4}));
-}
