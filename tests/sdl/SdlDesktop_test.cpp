@@ -11,13 +11,13 @@
 
 #include "sdl/SdlRootWindow.h"
 #include "sdl/SdlServices.h"
+#include "support/LoopDeadline.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
 #include <functional>
-#include <thread>
 #include <vector>
 
 // Last: Xlib's macros must not meet the headers above.
@@ -109,21 +109,8 @@ protected:
     // outside if it is still running then. True when it had to be ended.
     bool runLoopAfterClose(const ClosingHandler& handler)
     {
-        std::atomic<bool> ended { false }, forced { false };
-        std::thread watchdog([&] {
-            for (int waited = 0; waited < 500 && !ended && handler.asked == 0; ++waited)
-                SDL_Delay(10);
-            for (int waited = 0; waited < 30 && !ended; ++waited)
-                SDL_Delay(10);
-            if (!ended) {
-                forced = true;
-                Sdl::services().windowing()->shutdownMessageLoop();
-            }
-        });
-        Sdl::services().windowing()->runMessageLoop();
-        ended = true;
-        watchdog.join();
-        return forced;
+        return run_loop_with_deadline(*Sdl::services().windowing(), [&handler] { return handler.asked != 0; }, 5000,
+                                      300);
     }
 
     bool pumpUntil(const std::function<bool()>& done)

@@ -17,6 +17,7 @@
 #include "headless/HostImage.h"
 #include "sdl/SdlRootWindow.h"
 #include "sdl/SdlServices.h"
+#include "support/LoopDeadline.h"
 #include "support/WakeSink.h"
 
 #include <gtest/gtest.h>
@@ -247,18 +248,7 @@ TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
 
     // Should the close request be lost, the loop is ended from outside, and
     // the test fails rather than hangs.
-    std::atomic<bool> ended { false }, forced { false };
-    std::thread watchdog([&] {
-        for (int waited = 0; waited < 1000 && !ended; ++waited)
-            SDL_Delay(10);
-        if (!ended) {
-            forced = true;
-            Sdl::services().windowing()->shutdownMessageLoop();
-        }
-    });
-    Sdl::services().windowing()->runMessageLoop();
-    ended = true;
-    watchdog.join();
+    const bool forced = run_loop_with_deadline(*Sdl::services().windowing(), [] { return false; }, 10000, 0);
     EXPECT_FALSE(forced);
     EXPECT_EQ(client->types, (std::vector<std::uint32_t>{0x122, 0x121}));
     tela_deletecanvas(root);

@@ -241,19 +241,8 @@ void JSON::Builder::start(const char* name, Value&& container, const char* calle
         murl_printf("%s: the document is already complete\n", caller);
         return;
     }
-    Value& parent = *m_open.back();
-    if (parent.is_object()) {
-        if (!name) {
-            murl_printf("%s: a member needs a name\n", caller);
-            return;
-        }
-        Value& child = parent[name];
-        child = std::move(container);
-        m_open.push_back(&child);
-    } else {
-        parent.push_back(std::move(container));
-        m_open.push_back(&parent.back());
-    }
+    if (Value* child = attach(name, std::move(container), caller))
+        m_open.push_back(child);
 }
 
 void JSON::Builder::put(const char* name, Value&& value, const char* caller)
@@ -262,14 +251,21 @@ void JSON::Builder::put(const char* name, Value&& value, const char* caller)
         murl_printf("%s: no child is open\n", caller);
         return;
     }
+    attach(name, std::move(value), caller);
+}
+
+JSON::Value* JSON::Builder::attach(const char* name, Value&& value, const char* caller)
+{
     Value& parent = *m_open.back();
-    if (parent.is_object()) {
-        if (!name) {
-            murl_printf("%s: a member needs a name\n", caller);
-            return;
-        }
-        parent[name] = std::move(value);
-    } else {
+    if (!parent.is_object()) {
         parent.push_back(std::move(value));
+        return &parent.back();
     }
+    if (!name) {
+        murl_printf("%s: a member needs a name\n", caller);
+        return nullptr;
+    }
+    Value& child = parent[name];
+    child = std::move(value);
+    return &child;
 }

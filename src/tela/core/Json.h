@@ -116,6 +116,9 @@ public:
 private:
     void start(const char* name, Value&& container, const char* caller);
     void put(const char* name, Value&& value, const char* caller);
+    // Adds `value` to the innermost open container, named in an object, last
+    // in an array; the place it went, or null when an object's member has no name.
+    Value* attach(const char* name, Value&& value, const char* caller);
 
     int m_indent;
     bool m_started = false;
