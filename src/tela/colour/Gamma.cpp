@@ -1,0 +1,74 @@
+#include "tela/colour/Gamma.h"
+
+#include "tela/colour/Colour.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// Start-up sets the same value; holding it from the first instant lets
+// colours made before the application exists pack the same way.
+double s_gamma = 2.37;
+
+double curve(double c)
+{
+    return std::pow(c * 0.6, 1.0 / s_gamma);
+}
+
+int channel_byte(double c)
+{
+    // Truncation, then the clamp; a NaN channel packs as 0.
+    const double scaled = c * 255.0;
+    if (!(scaled > 0.0))
+        return 0;
+    return scaled >= 255.0 ? 255 : static_cast<int>(scaled);
+}
+
+} // namespace
+
+double vlib_gamma()
+{
+    return s_gamma;
+}
+
+void vlib_setGamma(double gamma)
+{
+    s_gamma = gamma;
+}
+
+double vlib_gammaCorrect(double c)
+{
+    return curve(c);
+}
+
+Colour vlib_gammaCorrect(const Colour& c)
+{
+    if (c.bypassGamma())
+        return c;
+    return Colour(curve(c.r), curve(c.g), curve(c.b), false);
+}
+
+int vlib_raw_rgbcol(double r, double g, double b)
+{
+    return channel_byte(r) | channel_byte(g) << 8 | channel_byte(b) << 16;
+}
+
+int vlib_rgbcol(double r, double g, double b, int bypass)
+{
+    if (bypass == 0)
+        return vlib_raw_rgbcol(curve(r), curve(g), curve(b));
+    return vlib_raw_rgbcol(r, g, b);
+}
+
+Colour vlib_rgbcol_inverse(const Colour& c)
+{
+    return Colour(std::pow(c.r, 2.37) / 0.6, std::pow(c.g, 2.37) / 0.6, std::pow(c.b, 2.37) / 0.6, false);
+}
+
+Qv::Box<int, Qv::BottomUpTraits>* vlib_screen()
+{
+    // Never written: the address is handed out so callers can read it as a box.
+    static Qv::Box<int, Qv::BottomUpTraits> screen {0, 0, 1023, 767};
+    return &screen;
+}
