@@ -335,7 +335,7 @@ void Headless::SoftwareRenderer::gradient(const TopDownRect& area, const Normali
     // The gradient runs from the centre of the top row to that of the bottom row, so both
     // colours appear exactly. The rows cut off by the image are left out of the pixman
     // gradient, which then only spans what is drawn (and stays inside its fixed point).
-    const double rows = static_cast<double>(given.height());
+    const double rows = static_cast<double>(given.bottom) - given.top;   // given.height() may not fit an int
     const auto share = [&](int row) { return rows > 1.0 ? (static_cast<double>(row) - given.top) / (rows - 1.0) : 0.0; };
     const NormalisedRGB first = mixed(top_colour, bottom_colour, share(box.top));
     const NormalisedRGB last = mixed(top_colour, bottom_colour, share(box.bottom - 1));
@@ -1020,8 +1020,8 @@ void Headless::SoftwareRenderer::drawStraightLine(const LineDescription& line, u
     const bool along_row = line.start.y == line.end.y;
     const std::int64_t from = along_row ? line.start.x : line.start.y;
     const std::int64_t to = along_row ? line.end.x : line.end.y;
-    const std::int64_t across = (along_row ? line.start.y : line.start.x) - (thickness - 1) / 2;
     const std::int64_t back = (thickness - 1) / 2;   // the pen reaches this far before a pixel
+    const std::int64_t across = static_cast<std::int64_t>(along_row ? line.start.y : line.start.x) - back;
     const std::int64_t extent = along_row ? size.x : size.y;
     const std::int64_t across_extent = along_row ? size.y : size.x;
     if (across + thickness <= 0 || across >= across_extent)

@@ -678,6 +678,13 @@ TEST(SoftwareRendererLine, ThinLinesLightWholePixelsFromEndToEnd)
     renderer->drawLines(thick, 2);
     EXPECT_EQ(lit_pixels(*image, CLEAR), "1,0 2,0 3,0 1,1 2,1 3,1 1,2 2,2 3,2 1,3 2,3 3,3 1,4 2,4 3,4 10,8 11,8 12,8 10,9 11,9 12,9 ");
 
+    // A line just off the image whose pen reaches into it.
+    image->fill(CLEAR);
+    const LineDescription off_edge = line_from({ -2, 20 }, { -2, -3 }, NormalisedRGB(1, 1, 1), 5);
+    renderer->drawLines(&off_edge, 1);
+    EXPECT_EQ(image->pixelAt(0, 11), WHITE);
+    EXPECT_EQ(image->pixelAt(1, 0), CLEAR);
+
     // A strip and a Bezier along the same row land on the same pixels as the line.
     for (int road = 0; road < 2; ++road) {
         image->fill(CLEAR);
