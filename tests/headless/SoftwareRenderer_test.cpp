@@ -1,13 +1,17 @@
 #include "headless/PixmanRegion.h"
 #include "headless/SoftwareRenderer.h"
+#include "headless/PngFile.h"
 #include "support/LiveBlocks.h"
 #include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -425,15 +429,11 @@ TEST(SoftwareRendererReports, OperationsNotDrawnYetAreToldOnceEachAndDrawingCarr
     Headless::SoftwareRenderer::forgetReportedOperations();
     const Qv::Ptr<Headless::HostImage> target = image_of(2, 1, Pixels(2, 0));
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
-    const EllipseDescription ellipse;
     const TextDescription text;
-    renderer->drawEllipses(&ellipse, 1);
-    renderer->drawEllipses(&ellipse, 1);
     renderer->drawTexts(&text, 1);
-    renderer->drawLines(nullptr, 0);   // nothing asked, nothing told
-    EXPECT_EQ(reports.count("not drawn yet: drawEllipses\n"), 1);
+    renderer->drawTexts(&text, 1);
+    renderer->drawTexts(nullptr, 0);   // nothing asked, nothing told
     EXPECT_EQ(reports.count("not drawn yet: drawTexts\n"), 1);
-    EXPECT_EQ(reports.count("drawLines"), 0);
 
     const RectDescription rect({ 0, 0, 2, 1 }, NormalisedRGB(0.0f, 1.0f, 0.0f));
     renderer->drawRects(&rect, 1);
@@ -454,4 +454,493 @@ TEST(SoftwareRendererLifetime, TheTargetStaysLockedWhileARendererLivesAndNothing
         EXPECT_FALSE(target->isLocked());
     }
     EXPECT_EQ(live_blocks(), blocks_before);
+}
+
+// [Shapes] Ellipses, rounded rectangles, lines, strips and Beziers through Cairo.
+
+namespace {
+
+constexpr std::uint32_t WHITE = 0xffffffff;
+constexpr std::uint32_t CLEAR = 0x00000000;
+const NormalisedRGB RED(1.0f, 0.0f, 0.0f);
+const NormalisedRGB BLUE(0.0f, 0.0f, 1.0f);
+
+// How much of the canvas the drawing covers, in pixels: each pixel's alpha as a share.
+double covered_area(const Headless::HostImage& image)
+{
+    XY<int> size;
+    image.getSize(size);
+    double area = 0.0;
+    for (int y = 0; y < size.y; ++y)
+        for (int x = 0; x < size.x; ++x)
+            area += channel(image.pixelAt(x, y), 24) / 255.0;
+    return area;
+}
+
+EllipseDescription ellipse_in(const TopDownRect& box, int style, const NormalisedRGB& fill, const NormalisedRGB& line,
+                              unsigned thickness = 1)
+{
+    EllipseDescription ellipse;
+    ellipse.rect = box;
+    ellipse.style = style;
+    ellipse.fillColour = fill;
+    ellipse.lineColour = line;
+    ellipse.thickness = static_cast<std::uint16_t>(thickness);
+    return ellipse;
+}
+
+LineDescription line_from(XY<int> start, XY<int> end, const NormalisedRGB& colour, unsigned thickness = 1)
+{
+    LineDescription line;
+    line.start = start;
+    line.end = end;
+    line.colour = colour;
+    line.patterned = false;
+    line.thickness = thickness;
+    return line;
+}
+
+// The pixels set to anything but `background`, as "x,y" lines, for readable failures.
+std::string lit_pixels(const Headless::HostImage& image, std::uint32_t background)
+{
+    XY<int> size;
+    image.getSize(size);
+    std::string lit;
+    for (int y = 0; y < size.y; ++y)
+        for (int x = 0; x < size.x; ++x)
+            if (image.pixelAt(x, y) != background)
+                lit += std::to_string(x) + "," + std::to_string(y) + " ";
+    return lit;
+}
+
+} // namespace
+
+TEST(SoftwareRendererEllipse, AFilledEllipseCoversItsAnalyticAreaAndNoMore)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(80, 60, Pixels(80 * 60, CLEAR));
+    const EllipseDescription ellipse = ellipse_in({ 10, 10, 70, 50 }, 0, NormalisedRGB(1, 1, 1), RED);
+    renderer_for(image)->drawEllipses(&ellipse, 1);
+    EXPECT_NEAR(covered_area(*image), 3.14159265 * 30 * 20, 3.0);
+    EXPECT_EQ(image->pixelAt(40, 30), WHITE);                          // centre
+    EXPECT_EQ(image->pixelAt(40, 10), WHITE);                          // the top row's middle is inside
+    EXPECT_EQ(image->pixelAt(40, 9), CLEAR);                           // and the row above is not
+    EXPECT_EQ(image->pixelAt(10, 10), CLEAR);                          // the box's corner lies outside
+    const std::uint32_t edge = channel(image->pixelAt(10, 30), 24);   // the curve crosses the leftmost column
+    EXPECT_GT(edge, 0u);
+    EXPECT_LT(edge, 255u);
+    EXPECT_EQ(image->pixelAt(9, 30), CLEAR);
+}
+
+TEST(SoftwareRendererEllipse, OutlinesLieInsideTheBoxAndStyleTwoFillsBeneathThem)
+{
+    const TopDownRect box { 0, 0, 40, 40 };
+    const Qv::Ptr<Headless::HostImage> outline = image_of(40, 40, Pixels(1600, CLEAR));
+    const EllipseDescription ring = ellipse_in(box, 1, BLUE, NormalisedRGB(1, 1, 1), 3);
+    renderer_for(outline)->drawEllipses(&ring, 1);
+    EXPECT_NEAR(covered_area(*outline), 3.14159265 * (20 * 20 - 17 * 17), 3.0);
+    EXPECT_EQ(outline->pixelAt(20, 20), CLEAR);
+    EXPECT_EQ(outline->pixelAt(20, 1), WHITE);
+    EXPECT_EQ(outline->pixelAt(20, 5), CLEAR);
+
+    const Qv::Ptr<Headless::HostImage> both = image_of(40, 40, Pixels(1600, CLEAR));
+    const EllipseDescription filled_ring = ellipse_in(box, 2, BLUE, NormalisedRGB(1, 1, 1), 3);
+    renderer_for(both)->drawEllipses(&filled_ring, 1);
+    EXPECT_EQ(both->pixelAt(20, 20), 0xff0000ffu);
+    EXPECT_EQ(both->pixelAt(20, 1), WHITE);
+    EXPECT_EQ(both->pixelAt(3, 3), CLEAR);   // the fill does not show outside the ring
+}
+
+// Angles grow clockwise on the screen from 3 o'clock, as the library's corner pieces
+// expect: its top-left corner is 180..270.
+TEST(SoftwareRendererEllipse, ArcsRunClockwiseFromThreeOClockAndWrapPastAFullTurn)
+{
+    struct Case {
+        int start, end;
+        XY<int> inside, outside;
+        double share;
+    };
+    const Case cases[] = {
+        { 0, 90, { 30, 30 }, { 30, 10 }, 0.25 },     // bottom right on the screen
+        { 180, 270, { 10, 10 }, { 10, 30 }, 0.25 },   // top left
+        { 270, 90, { 30, 20 }, { 10, 20 }, 0.5 },     // through 3 o'clock: the right half
+        { 0, 720, { 10, 10 }, { 0, 0 }, 1.0 },
+    };
+    for (const Case& arc : cases) {
+        SCOPED_TRACE(std::to_string(arc.start) + ".." + std::to_string(arc.end));
+        const Qv::Ptr<Headless::HostImage> image = image_of(40, 40, Pixels(1600, CLEAR));
+        EllipseDescription pie = ellipse_in({ 0, 0, 40, 40 }, 0, NormalisedRGB(1, 1, 1), RED);
+        pie.startAngle = static_cast<std::uint16_t>(arc.start);
+        pie.endAngle = static_cast<std::uint16_t>(arc.end);
+        renderer_for(image)->drawEllipses(&pie, 1);
+        EXPECT_EQ(image->pixelAt(arc.inside.x, arc.inside.y), WHITE);
+        EXPECT_EQ(image->pixelAt(arc.outside.x, arc.outside.y), CLEAR);
+        EXPECT_NEAR(covered_area(*image), 3.14159265 * 400 * arc.share, 3.0);
+    }
+    // An outlined arc is the band along the curve: the centre stays clear.
+    const Qv::Ptr<Headless::HostImage> image = image_of(40, 40, Pixels(1600, CLEAR));
+    EllipseDescription band = ellipse_in({ 0, 0, 40, 40 }, 1, RED, NormalisedRGB(1, 1, 1), 2);
+    band.startAngle = 0;
+    band.endAngle = 90;
+    renderer_for(image)->drawEllipses(&band, 1);
+    EXPECT_EQ(image->pixelAt(25, 25), CLEAR);
+    EXPECT_EQ(image->pixelAt(38, 22), WHITE);
+    EXPECT_EQ(image->pixelAt(22, 38), WHITE);
+    EXPECT_EQ(image->pixelAt(0, 20), CLEAR);
+    EXPECT_EQ(image->pixelAt(38, 17), CLEAR);
+}
+
+TEST(SoftwareRendererEllipse, WithoutAntialiasingOnlyTheTwoColoursAppear)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(50, 50, Pixels(2500, WHITE));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    renderer->setAntialiasing(false);
+    const EllipseDescription ellipse = ellipse_in({ 3, 5, 47, 41 }, 2, BLUE, BLUE, 2);
+    LineStripDescription strip;
+    strip.points = { { 1.0f, 1.0f }, { 30.0f, 48.0f }, { 48.0f, 2.0f } };
+    strip.colour = BLUE;
+    strip.thickness = 3;
+    renderer->drawEllipses(&ellipse, 1);
+    renderer->drawLineStrips(&strip, 1);
+    int blue = 0;
+    for (const std::uint32_t pixel : pixels_of(*image)) {
+        ASSERT_TRUE(pixel == WHITE || pixel == 0xff0000ffu) << std::hex << pixel;
+        blue += pixel != WHITE;
+    }
+    EXPECT_GT(blue, 1000);
+}
+
+TEST(SoftwareRendererRoundedRect, CornerBitsRoundOnlyTheirCornersAndRadiiAreCutToFit)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(40, 30, Pixels(1200, CLEAR));
+    RoundedRectDescription rounded;
+    rounded.rect = { 0, 0, 40, 30 };
+    rounded.fillColour = NormalisedRGB(1, 1, 1);
+    rounded.radius = 10;
+    rounded.corners = 1 | 8;   // top left and bottom right
+    renderer_for(image)->drawRoundedRects(&rounded, 1);
+    EXPECT_EQ(image->pixelAt(0, 0), CLEAR);
+    EXPECT_EQ(image->pixelAt(39, 29), CLEAR);
+    EXPECT_EQ(image->pixelAt(39, 0), WHITE);
+    EXPECT_EQ(image->pixelAt(0, 29), WHITE);
+    EXPECT_NEAR(covered_area(*image), 1200 - 2 * (100 - 3.14159265 * 25), 2.0);
+
+    // What the library sends for a box under 2 pixels high: a radius that fits nothing.
+    const Qv::Ptr<Headless::HostImage> thin = image_of(12, 3, Pixels(36, CLEAR));
+    rounded.rect = { 1, 1, 11, 2 };
+    rounded.radius = 65535;
+    rounded.corners = 15;
+    renderer_for(thin)->drawRoundedRects(&rounded, 1);
+    EXPECT_EQ(thin->pixelAt(5, 1), WHITE);
+    EXPECT_NEAR(covered_area(*thin), 10 - (1 - 3.14159265 / 4), 0.3);
+    EXPECT_EQ(lit_pixels(*thin, CLEAR).find(",0 "), std::string::npos);
+    EXPECT_EQ(lit_pixels(*thin, CLEAR).find(",2 "), std::string::npos);
+}
+
+TEST(SoftwareRendererRoundedRect, OutlinesAreInsideAndTheSameColourTwiceIsHollow)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(30, 30, Pixels(900, CLEAR));
+    RoundedRectDescription rounded;
+    rounded.rect = { 5, 5, 25, 25 };
+    rounded.fillColour = BLUE;
+    rounded.lineColour = NormalisedRGB(1, 1, 1);
+    rounded.radius = 4;
+    rounded.thickness = 2;
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    renderer->drawRoundedRects(&rounded, 1);
+    EXPECT_EQ(image->pixelAt(15, 5), WHITE);
+    EXPECT_EQ(image->pixelAt(15, 6), WHITE);
+    EXPECT_EQ(image->pixelAt(15, 7), 0xff0000ffu);
+    EXPECT_EQ(image->pixelAt(15, 4), CLEAR);
+
+    image->fill(CLEAR);
+    rounded.fillColour = NormalisedRGB(1, 1, 1, 0.5f);   // only the alpha differs: still hollow
+    renderer->drawRoundedRects(&rounded, 1);
+    EXPECT_EQ(image->pixelAt(15, 15), CLEAR);
+    EXPECT_EQ(image->pixelAt(15, 6), WHITE);
+}
+
+TEST(SoftwareRendererLine, ThinLinesLightWholePixelsFromEndToEnd)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(20, 12, Pixels(240, CLEAR));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    const LineDescription row = line_from({ 12, 5 }, { 3, 5 }, NormalisedRGB(1, 1, 1));
+    renderer->drawLines(&row, 1);
+    std::string expected;
+    for (int x = 3; x <= 12; ++x)
+        expected += std::to_string(x) + ",5 ";
+    EXPECT_EQ(lit_pixels(*image, CLEAR), expected);
+
+    // The pen is a square of the thickness: (t-1)/2 before each pixel, the rest after,
+    // across the line and along it.
+    image->fill(CLEAR);
+    const LineDescription thick[2] = { line_from({ 2, 1 }, { 2, 3 }, NormalisedRGB(1, 1, 1), 3),
+                                       line_from({ 10, 8 }, { 11, 8 }, NormalisedRGB(1, 1, 1), 2) };
+    renderer->drawLines(thick, 2);
+    EXPECT_EQ(lit_pixels(*image, CLEAR), "1,0 2,0 3,0 1,1 2,1 3,1 1,2 2,2 3,2 1,3 2,3 3,3 1,4 2,4 3,4 10,8 11,8 12,8 10,9 11,9 12,9 ");
+
+    // A line just off the image whose pen reaches into it.
+    image->fill(CLEAR);
+    const LineDescription off_edge = line_from({ -2, 20 }, { -2, -3 }, NormalisedRGB(1, 1, 1), 5);
+    renderer->drawLines(&off_edge, 1);
+    EXPECT_EQ(image->pixelAt(0, 11), WHITE);
+    EXPECT_EQ(image->pixelAt(1, 0), CLEAR);
+
+    // A strip and a Bezier along the same row land on the same pixels as the line.
+    for (int road = 0; road < 2; ++road) {
+        image->fill(CLEAR);
+        if (road == 0) {
+            LineStripDescription strip;
+            strip.points = { { 3.0f, 5.0f }, { 8.0f, 5.0f }, { 12.0f, 5.0f } };
+            strip.colour = NormalisedRGB(1, 1, 1);
+            renderer->drawLineStrips(&strip, 1);
+        } else {
+            BezierCurveDescription curve;
+            curve.start = { 3, 5 };
+            curve.control1 = { 6, 5 };
+            curve.control2 = { 9, 5 };
+            curve.end = { 12, 5 };
+            curve.colour = NormalisedRGB(1, 1, 1);
+            renderer->drawBeziers(&curve, 1);
+        }
+        EXPECT_EQ(lit_pixels(*image, CLEAR), expected) << road;
+    }
+}
+
+TEST(SoftwareRendererLine, SlantedLinesPassThroughThePixelsTheyJoin)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(20, 20, Pixels(400, CLEAR));
+    const LineDescription diagonal = line_from({ 2, 2 }, { 15, 15 }, NormalisedRGB(1, 1, 1));
+    renderer_for(image)->drawLines(&diagonal, 1);
+    for (int step = 2; step <= 15; ++step)
+        EXPECT_GT(channel(image->pixelAt(step, step), 24), 150u) << step;
+    EXPECT_EQ(image->pixelAt(2, 15), CLEAR);
+    EXPECT_NEAR(covered_area(*image), 14 * 1.41421356, 2.0);
+}
+
+TEST(SoftwareRendererLine, PatternedLinesAlternateRunsFromTheStartPoint)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(12, 4, Pixels(48, CLEAR));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    LineDescription lines[3] = { line_from({ 0, 0 }, { 9, 0 }, RED), line_from({ 10, 1 }, { 1, 1 }, RED),
+                                 line_from({ 0, 2 }, { 0, 2 }, RED) };
+    lines[0].pattern = 1;
+    lines[1].pattern = 2;
+    lines[2].pattern = 1;
+    for (LineDescription& line : lines) {
+        line.patterned = true;
+        line.secondColour = BLUE;
+    }
+    renderer->drawLines(lines, 3);
+    constexpr std::uint32_t R = 0xffff0000, B = 0xff0000ff;
+    const std::uint32_t dotted[] = { R, B, R, B, R, B, R, B, R, B, CLEAR, CLEAR };
+    const std::uint32_t dashed[] = { CLEAR, R, R, B, B, R, R, B, B, R, R, CLEAR };   // from x = 10 leftwards
+    for (int x = 0; x < 12; ++x) {
+        EXPECT_EQ(image->pixelAt(x, 0), dotted[x]) << x;
+        EXPECT_EQ(image->pixelAt(x, 1), dashed[x]) << x;
+    }
+    EXPECT_EQ(image->pixelAt(0, 2), R);   // a single dot is the colour
+
+    // A dotted slanted line: the colours alternate along it, and both cover it.
+    const Qv::Ptr<Headless::HostImage> slant = image_of(30, 30, Pixels(900, CLEAR));
+    LineDescription focus = line_from({ 2, 2 }, { 25, 25 }, RED);
+    focus.patterned = true;
+    focus.pattern = 3;
+    focus.secondColour = BLUE;
+    renderer_for(slant)->drawLines(&focus, 1);
+    EXPECT_GT(channel(slant->pixelAt(3, 3), 16), 200u);   // in the first run
+    EXPECT_GT(channel(slant->pixelAt(6, 6), 0), 200u);    // in the second
+    EXPECT_NEAR(covered_area(*slant), 24 * 1.41421356, 3.0);
+}
+
+TEST(SoftwareRendererLine, AStripWithAPointThatIsNotANumberBreaksThere)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(30, 10, Pixels(300, CLEAR));
+    LineStripDescription strip;
+    const float nothing = std::numeric_limits<float>::quiet_NaN();
+    strip.points = { { 2.0f, 2.0f }, { 10.0f, 2.0f }, { nothing, 5.0f }, { 15.0f, 7.0f }, { 25.0f, 7.0f } };
+    strip.colour = NormalisedRGB(1, 1, 1);
+    renderer_for(image)->drawLineStrips(&strip, 1);
+    EXPECT_EQ(image->pixelAt(6, 2), WHITE);
+    EXPECT_EQ(image->pixelAt(20, 7), WHITE);
+    EXPECT_EQ(image->pixelAt(12, 4), CLEAR);   // nothing joins the two pieces
+    EXPECT_NEAR(covered_area(*image), 9 + 11, 0.5);
+}
+
+TEST(SoftwareRendererRect, TwoColoursRunFromTheTopRowToTheBottomRow)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(3, 6, Pixels(18, WHITE));
+    RectDescription rects[2];
+    rects[0].rect = { 0, 1, 2, 6 };
+    rects[0].colour = NormalisedRGB(1, 0, 0);
+    rects[0].secondColour = NormalisedRGB(0, 0, 1);
+    rects[0].twoColours = true;
+    // Translucent stops are straight colours: the same colour twice gives that colour.
+    rects[1].rect = { 2, 0, 3, 6 };
+    rects[1].colour = rects[1].secondColour = NormalisedRGB(1, 0, 0, 0.5f);
+    rects[1].twoColours = true;
+    renderer_for(image)->drawRects(rects, 2);
+    EXPECT_EQ(image->pixelAt(0, 0), WHITE);
+    EXPECT_EQ(image->pixelAt(0, 1), 0xffff0000u);
+    EXPECT_TRUE(near(image->pixelAt(1, 3), 0xff800080u)) << std::hex << image->pixelAt(1, 3);
+    EXPECT_EQ(image->pixelAt(0, 5), 0xff0000ffu);
+    EXPECT_EQ(image->pixelAt(2, 4), 0x80800000u);
+}
+
+TEST(SoftwareRendererCaps, CurvesAreNativeShadersNotYetAndTestsCanHideBits)
+{
+    const Qv::Ptr<Headless::HostImage> image = image_of(1, 1, Pixels(1, CLEAR));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    EXPECT_EQ(renderer->getCaps(),
+              iGraphicPrimitivesRenderer::CAP_NATIVE_BEZIERS | iGraphicPrimitivesRenderer::CAP_NATIVE_LINE_STRIPS);
+    Headless::SoftwareRenderer::hideCaps(iGraphicPrimitivesRenderer::CAP_NATIVE_BEZIERS);
+    EXPECT_EQ(renderer->getCaps(), iGraphicPrimitivesRenderer::CAP_NATIVE_LINE_STRIPS);
+    Headless::SoftwareRenderer::hideCaps(0);
+}
+
+// Every shape, sane and not, through a clip with a hole: nothing outside the clip
+// changes, the run ends, and shapes after the bad ones still draw.
+TEST(SoftwareRendererClip, NoShapeReachesOutsideTheClipWhateverItIsGiven)
+{
+    constexpr int size = 64;
+    const Qv::Ptr<Headless::HostImage> image = image_of(size, size, Pixels(size * size, CLEAR));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    // A frame: the ring between 8 and 56, without the square from 24 to 40.
+    const TopDownRect clip_rects[4] = { { 8, 8, 56, 24 }, { 8, 24, 24, 40 }, { 40, 24, 56, 40 }, { 8, 40, 56, 56 } };
+    Qv::Ptr<iRegion> clip;
+    Headless::PixmanRegion::create(clip, clip_rects, 4);
+    renderer->setClip(clip);
+    const float inf = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const NormalisedRGB wild(nan, 40.0f, -3.0f, 7.0f);
+
+    EllipseDescription ellipses[5] = { ellipse_in({ -4, -4, 70, 70 }, 2, RED, BLUE, 5),
+                                       ellipse_in({ -50000, 20, 50000, 400 }, 1, RED, wild, 60000),
+                                       ellipse_in({ 10, 10, 10, 50 }, 0, RED, RED, 0),
+                                       ellipse_in({ 50, 50, 0, 0 }, 7, wild, wild, 0),
+                                       ellipse_in({ 2000000000, 0, -2000000000, 64 }, 0, RED, RED) };
+    ellipses[0].startAngle = 400;
+    ellipses[0].endAngle = 10;
+    renderer->drawEllipses(ellipses, 5);
+    RoundedRectDescription rounded[3];
+    rounded[0].rect = { 0, 0, size, size };
+    rounded[0].radius = 0;
+    rounded[0].thickness = 65535;
+    rounded[0].fillColour = wild;
+    rounded[1].rect = { 60, 60, 4, 4 };
+    rounded[1].radius = 65535;
+    rounded[1].thickness = 3;
+    rounded[1].corners = 0xffffffff;
+    rounded[2].rect = { 30, 30, 31, 31 };
+    rounded[2].radius = 65535;
+    renderer->drawRoundedRects(rounded, 3);
+    LineDescription lines[4] = { line_from({ -1000000000, 32 }, { 1000000000, 32 }, RED, 0),
+                                 line_from({ -7, -900000000 }, { 1900000000, 70 }, wild, 4000000000u),
+                                 line_from({ 0, 0 }, { 63, 63 }, BLUE, 9), line_from({ 63, 0 }, { 0, 63 }, RED, 2) };
+    lines[1].pattern = 1;
+    lines[1].patterned = true;
+    lines[3].pattern = 0xffffffff;
+    lines[3].patterned = true;
+    renderer->drawLines(lines, 4);
+    renderer->drawLines(lines, 0);
+    LineStripDescription strips[3];
+    strips[0].points = { { nan, 0.0f }, { -1e30f, 5.0f }, { 70.0f, 60.0f }, { inf, inf }, { 3.0f, 3.0f },
+                         { 60.0f, 3.0f }, { 1e30f, -1e30f }, { 3.0f, 60.0f } };
+    strips[0].thickness = 3;
+    strips[1].points = { { 32.0f, 32.0f } };
+    strips[2].points = { { 10.0f, 50.0f }, { 10.0f, 50.0f }, { 10.0f, 50.0f } };
+    strips[2].colour = wild;
+    strips[2].thickness = 0;
+    renderer->drawLineStrips(strips, 3);
+    BezierCurveDescription curves[3];
+    curves[0].start = curves[0].control1 = curves[0].control2 = curves[0].end = { 30, 30 };
+    curves[1].start = { -100, 70 };
+    curves[1].control1 = { 32, -300 };
+    curves[1].control2 = { 32, 400 };
+    curves[1].end = { 200, 10 };
+    curves[1].thickness = 7;
+    curves[2].start = { 0, 0 };
+    curves[2].control1 = { 2000000000, 0 };
+    curves[2].end = { 60, 60 };
+    renderer->drawBeziers(curves, 3);
+
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+            bool inside = false;
+            for (const TopDownRect& rect : clip_rects)
+                inside = inside || (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom);
+            if (!inside) {
+                ASSERT_EQ(image->pixelAt(x, y), CLEAR) << x << "," << y;
+            }
+        }
+    }
+    EXPECT_NE(image->pixelAt(8, 32), CLEAR);   // the shapes did reach the clip
+
+    const EllipseDescription after = ellipse_in({ 8, 8, 24, 24 }, 0, NormalisedRGB(0, 1, 0), RED);
+    renderer->drawEllipses(&after, 1);
+    EXPECT_EQ(image->pixelAt(16, 16), 0xff00ff00u);
+}
+
+// Draws a scene of every shape into a PNG for a person to look at: set
+// TELA_SCENE_PNG to the path. Checks only that the scene can be written.
+TEST(SoftwareRendererScene, EveryShapeInOnePicture)
+{
+    const char* const path = std::getenv("TELA_SCENE_PNG");
+    if (!path)
+        GTEST_SKIP() << "set TELA_SCENE_PNG to write the scene";
+    const Qv::Ptr<Headless::HostImage> image = image_of(320, 200, Pixels(320 * 200, 0xfff4f4f4));
+    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
+    const NormalisedRGB ink(0.1f, 0.2f, 0.5f), warm(0.95f, 0.55f, 0.1f), green(0.2f, 0.7f, 0.3f, 0.7f);
+    RectDescription band;
+    band.rect = { 0, 0, 320, 24 };
+    band.colour = NormalisedRGB(0.3f, 0.5f, 0.9f);
+    band.secondColour = NormalisedRGB(0.1f, 0.1f, 0.3f);
+    band.twoColours = true;
+    renderer->drawRects(&band, 1);
+    const EllipseDescription ellipses[4] = { ellipse_in({ 10, 34, 90, 84 }, 0, warm, ink),
+                                             ellipse_in({ 100, 34, 150, 84 }, 1, warm, ink, 3),
+                                             ellipse_in({ 160, 34, 240, 84 }, 2, warm, ink, 4),
+                                             ellipse_in({ 250, 34, 300, 84 }, 2, green, ink, 2) };
+    renderer->drawEllipses(ellipses, 4);
+    EllipseDescription pie = ellipses[3];
+    pie.rect = { 250, 90, 300, 140 };
+    pie.startAngle = 300;
+    pie.endAngle = 60;
+    renderer->drawEllipses(&pie, 1);
+    RoundedRectDescription rounded;
+    rounded.rect = { 10, 94, 110, 134 };
+    rounded.fillColour = warm;
+    rounded.lineColour = ink;
+    rounded.radius = 12;
+    rounded.thickness = 2;
+    rounded.corners = 1 | 8;
+    renderer->drawRoundedRects(&rounded, 1);
+    rounded.rect = { 120, 94, 240, 134 };
+    rounded.corners = 15;
+    rounded.fillColour = ink;
+    renderer->drawRoundedRects(&rounded, 1);
+    LineDescription focus[4] = { line_from({ 8, 144 }, { 8, 192 }, ink), line_from({ 8, 192 }, { 120, 192 }, ink),
+                                 line_from({ 120, 192 }, { 120, 144 }, ink), line_from({ 120, 144 }, { 8, 144 }, ink) };
+    for (LineDescription& line : focus) {
+        line.patterned = true;
+        line.pattern = 1;
+        line.secondColour = NormalisedRGB(1, 1, 1);
+    }
+    renderer->drawLines(focus, 4);
+    const LineDescription slanted = line_from({ 20, 150 }, { 110, 185 }, ink, 3);
+    renderer->drawLines(&slanted, 1);
+    LineStripDescription strip;
+    for (int step = 0; step <= 40; ++step)
+        strip.points.push_back({ 130.0f + step * 4.0f, 170.0f - 20.0f * std::sin(step * 0.3f) });
+    strip.colour = green;
+    strip.thickness = 2;
+    renderer->drawLineStrips(&strip, 1);
+    BezierCurveDescription curve;
+    curve.start = { 250, 190 };
+    curve.control1 = { 250, 140 };
+    curve.control2 = { 310, 190 };
+    curve.end = { 310, 150 };
+    curve.colour = ink;
+    curve.thickness = 2;
+    renderer->drawBeziers(&curve, 1);
+    EXPECT_TRUE(Headless::savePng(*image, path));
 }
