@@ -67,16 +67,6 @@ TEST(LineStripDescription, ExtentsNeedTwoPointsAndWidenOnlyAFlatAxis)
     EXPECT_EQ(flat.getExtents(), (Box{2, 4, 12, 7}));
 }
 
-TEST(LineDescription, ExtentsAreTheNormalisedEndsGrownByTheThickness)
-{
-    Tela::LineDescription line;
-    line.start = XY<double>(20.5, 3.0);
-    line.end = XY<double>(5.0, 9.9);
-    line.thickness = 2;
-    EXPECT_EQ(line.getExtents(), (Box{3, 1, 22, 11}));
-    EXPECT_FALSE(line.patterned);
-}
-
 TEST(TextDescription, BoundsFollowTheAlignmentAroundThePosition)
 {
     const auto font = Qv::make<FakeFont>(); // ascent 10, descent 3, 7 pixels a character
