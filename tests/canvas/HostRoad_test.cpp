@@ -6,16 +6,14 @@
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
-#include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/RootAppearance.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/ScreenGrab.h"
 #include "tela/canvas/UpdateTracking.h"
-#include "tela/canvas/Wipe.h"
-#include "tela/colour/CurrentColour.h"
 #include "tela/colour/DefaultWindowColour.h"
 #include "tela/core/Preferences.h"
 #include "tela/events/EventQueue.h"
+#include "tela/render/CanvasRenderer.h"
 #include "tela/vector/Regions.h"
 
 #include "headless/HeadlessRootWindow.h"
@@ -37,19 +35,19 @@ namespace {
 constexpr int WIDTH = 240, HEIGHT = 160;
 
 // A canvas at window rectangle (left, top, width, height), cut by `shape` (in
-// its own box, top-down) when given, and cleared to one colour through the
-// drawing state. A lightweight one draws into its parent's buffer.
+// its own box, top-down) when given, and filled with one colour through its
+// renderer, which reports the damage at endRender. A lightweight one draws
+// into its parent's buffer.
 Canvas* painted(Canvas* parent, int left, int top, int width, int height, std::uint32_t argb,
                 RegionPtr shape = {}, bool lightweight = false)
 {
     Canvas* c = tela_newcanvas(nullptr, parent);
     c->lightweight = lightweight ? 1 : 0; // first, so that it gets no buffer of its own
     tela_placecanvas(c, TopDownRect{left, top, left + width, top + height}, shape);
-    tela_setcanvas(c);
-    // Packed colours hold red in the low byte.
-    tela_setcolour(static_cast<int>((argb >> 16 & 255) | (argb & 0xFF00) | (argb & 255) << 16));
-    tela_wipecanvas();
-    tela_setcanvas(nullptr);
+    const NormalisedRGB colour((argb >> 16 & 255) / 255.0f, (argb >> 8 & 255) / 255.0f, (argb & 255) / 255.0f);
+    c->beginRender();
+    c->renderer.render(Tela::RectDescription(Qv::Box<int>{0, 0, width, height}, colour));
+    c->endRender();
     return c;
 }
 
@@ -113,9 +111,6 @@ TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
         painted(root, 20, 135, 20, 20, 0xFF8040C0);                                    // small squares
         painted(root, 50, 135, 20, 20, 0xFF40C0C0);
         moving = painted(root, 80, 135, 20, 20, 0xFFC0C040);
-        // Each canvas reports its drawing, as endRender does.
-        for (Canvas* c = canvas_walk_postorder(root, nullptr); c; c = canvas_walk_postorder(root, c))
-            canvupd_mark_all(c);
     }
     // Move one square and push the translucent one below the panel.
     tela_translatecanvas(moving, 30, 0); // 30 to the right

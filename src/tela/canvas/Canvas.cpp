@@ -54,7 +54,7 @@ Canvas::Canvas(const Canvas& other) : Qv::InternalRefCount(other), iVirtual(othe
 // the new field here (or say here why a copy must not take it), then update
 // the number. It is the size on 64-bit Linux with libstdc++, where we build.
 #if defined(__LP64__) && defined(__GLIBCXX__)
-static_assert(sizeof(Canvas) == 488, "Canvas changed: copy the new field in Canvas::operator=, then update this size");
+static_assert(sizeof(Canvas) == 632, "Canvas changed: copy the new field in Canvas::operator=, then update this size");
 #endif
 
 Canvas& Canvas::operator=(const Canvas& other)
@@ -90,6 +90,10 @@ Canvas& Canvas::operator=(const Canvas& other)
     drawMethod = other.drawMethod;
     opacity = other.opacity;
     renderer = other.renderer;
+    // The copy's renderer still points at the original and its draw canvas; what
+    // the original drew is the original's to report, and a copy outliving it must
+    // never flush against a canvas that is gone.
+    renderer.clear();
     edgeEffect = other.edgeEffect;
     revision = other.revision;
     return *this;
@@ -279,7 +283,9 @@ void Canvas::translateWithin(short dx, short dy, int& budget)
         m_shape->translateInPlace(dx, -dy);
         canvupd_tree_changed();
         osRenderer = nullptr;
-        renderer.clear();
+        // The origin in the draw canvas has moved with the shape: bind again.
+        if (renderer.getCanvas())
+            renderer.setCanvas(renderer.getCanvas());
     }
     for (Canvas* child = youngestChild; child; child = child->olderSibling)
         child->translateWithin(dx, dy, budget);
@@ -295,7 +301,7 @@ Qv::Ptr<iGraphicPrimitivesRenderer> Canvas::getOSRenderer()
 void Canvas::releaseRenderers()
 {
     osRenderer = nullptr;
-    renderer.clear();
+    renderer.setCanvas(nullptr);
 }
 
 iImageBase::eLocation Canvas::getOffscreenBufferLocation() const

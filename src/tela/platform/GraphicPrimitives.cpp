@@ -80,9 +80,11 @@ Qv::Box<int> TextDescription::getExtents() const
 {
     if (!font)
         return {};
-    // FIXME: width, ascent and descent arrive with the font's measuring operations; until
-    // then the font's height stands in for the ascent, with no descent and no width.
-    return { position.x, position.y + font->height(), position.x, position.y };
+    const iFont::Metrics& metrics = font->getMetrics();
+    const int width = font->getTextExtent(text, iFont::ALL_CHARACTERS).x;
+    // The ascent is added and the descent taken away although y runs downward here:
+    // renderers built against these records read the box this way round.
+    return { position.x, position.y + metrics.ascent, position.x + width, position.y - metrics.descent };
 }
 
 ImageDescription::ImageDescription(const Qv::Ptr<iImage>& source, const XY<int>& position, bool blend_with_destination)
