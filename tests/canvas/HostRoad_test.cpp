@@ -13,7 +13,7 @@
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/canvas/Wipe.h"
 #include "tela/colour/CurrentColour.h"
-#include "tela/colour/DefaultWindowColour.h"
+#include "tela/colour/Palette.h"
 #include "tela/core/Preferences.h"
 #include "tela/events/EventQueue.h"
 #include "tela/vector/Regions.h"
@@ -217,7 +217,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
     args.size = {40, 30};
     RootCanvas* first = tela_createRootCanvas(args);
     ASSERT_NE(first, nullptr);
-    const NormalisedRGB chosen(0.2f, 0.4f, 0.6f);
+    const Colour chosen(0.2, 0.4, 0.6, true);
     tela_setRootColour(first, chosen);
     EXPECT_EQ(tela_rootColour(first).g, chosen.g);
     EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
@@ -225,7 +225,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
     // A canvas with no root reads as black and changes nothing.
     Canvas* stray = tela_newcanvas(nullptr, nullptr);
     EXPECT_EQ(tela_rootColour(stray).r, 0.0f);
-    tela_setRootColour(stray, NormalisedRGB(1, 1, 1));
+    tela_setRootColour(stray, Colour(1, 1, 1, true));
     EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
     tela_deletecanvas(stray);
 
@@ -243,7 +243,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
 
     // A value that is not a colour falls back on the default, with no fuss.
     prefs().setPreference("UI : Window colour", String("teal"));
-    EXPECT_EQ(tela_window_colour_preference().r, Tela::defaultWindowColour().r);
+    EXPECT_EQ(tela_window_colour_preference(), Palette::defaultWindow());
 
     tela_deletecanvas(second);
     tela_deletecanvas(first);
