@@ -26,14 +26,11 @@ TEST(Colour, WhitePacksAs205ThroughTheCurveAnd255WithoutIt)
     EXPECT_EQ(Colour(1, 1, 1, true).getAsLong(), 0x00FFFFFF);
     // Red in the low byte, blue in the third; truncated, not rounded.
     EXPECT_EQ(Colour(1, 0.5, 0, true).getAsLong(), 0x00007FFF);
-    EXPECT_EQ(Colour(1, 0.5, 0, true).colorref(false), 0x00007FFFul);
-    EXPECT_EQ(vlib_raw_rgbcol(254.9 / 255, 0, 0), 254);
 }
 
 TEST(Colour, EqualityIgnoresAlphaButNotTheBypassFlag)
 {
     EXPECT_NE(Colour(), Colour(0, 0, 0, true));
-    EXPECT_EQ(Colour(0.5, 0.5, 0.5, false), Colour(0.5 + 5e-7, 0.5, 0.5, false));
     EXPECT_NE(Colour(0.5, 0.5, 0.5, false), Colour(0.5 + 5e-6, 0.5, 0.5, false));
 
     const Colour translucent = Colour::make(10, 20, 30, 40);
@@ -49,7 +46,6 @@ TEST(Colour, EqualityIgnoresAlphaButNotTheBypassFlag)
 
     EXPECT_FALSE(Colour::invalid().valid());
     EXPECT_TRUE(Colour().valid());
-    EXPECT_EQ(&Colour::invalid(), &Colour::invalid());
 }
 
 TEST(Colour, APackedValueIsTakenAsItIs)
@@ -62,13 +58,6 @@ TEST(Colour, APackedValueIsTakenAsItIs)
     EXPECT_FLOAT_EQ(c.a, 128 / 255.0f);
     EXPECT_FALSE(c.bypassGamma()); // no inverse gamma, flag as it was
     EXPECT_EQ(c.getAsLong(), static_cast<int>(0x80FF4000u));
-
-    // The bypass setter leaves the packed value alone until something recomputes it.
-    Colour white(1, 1, 1, false);
-    white.bypassGamma(true);
-    EXPECT_EQ(white.getAsLong(), 0x00CDCDCD);
-    white.setrgb(1, 1, 1, true);
-    EXPECT_EQ(white.getAsLong(), 0x00FFFFFF);
 }
 
 TEST(Colour, MixingScalingAndOffsettingClampButTintingDoesNot)
@@ -77,7 +66,6 @@ TEST(Colour, MixingScalingAndOffsettingClampButTintingDoesNot)
     const Colour blue(0, 0, 1, false);
     EXPECT_EQ(Colour::mix(red, blue, 0), Colour(0, 0, 1, true)); // t = 0 is b, bypass from either
     EXPECT_EQ(Colour::mix(red, blue, 1), Colour(1, 0, 0, true));
-    EXPECT_EQ(Colour::mix(blue, blue, 0.25), blue);
     EXPECT_EQ(Colour::mix(red, blue, 2.0), Colour(1, 0, 0, true)); // 2 - 1, clamped
 
     EXPECT_EQ(scale(Colour(0.4, 0.8, 0.1, false), 2.0), Colour(0.8, 1.0, 0.2, false));
@@ -99,23 +87,8 @@ TEST(Colour, ARGBPutsBlueLowAndAlphaHighAfterGamma)
     EXPECT_EQ(asARGB(Colour(1, 0, 0, true), 0.5), 0x80FF0000ul);
     // Gamma applied, then rounded: 206, where packing truncates to 205.
     EXPECT_EQ(asARGB(Colour(1, 1, 1, false), 1.0), 0xFFCECECEul);
-}
-
-TEST(Colour, RendererFormAppliesGammaUnlessBypassed)
-{
-    const NormalisedRGB corrected = fromColour(Colour(1, 0, 1, false));
-    EXPECT_NEAR(corrected.r, FULL_WITH_GAMMA, 1e-6);
-    EXPECT_EQ(corrected.g, 0.0f);
-    const NormalisedRGB kept = fromColour(Colour::make(255, 0, 0, 51));
-    EXPECT_EQ(kept.r, 1.0f);
-    EXPECT_FLOAT_EQ(kept.a, 0.2f);
-
-    const Colour back = toColour(NormalisedRGB(0.1f, 0.2f, 0.3f, 0.4f));
-    EXPECT_TRUE(back.bypassGamma());
-    EXPECT_EQ(back.a, 1.0f);
-    const Colour direct(NormalisedRGB(0.1f, 0.2f, 0.3f, 0.4f));
-    EXPECT_TRUE(direct.bypassGamma());
-    EXPECT_FLOAT_EQ(direct.a, 0.4f);
+    EXPECT_NEAR(fromColour(Colour(1, 0, 1, false)).r, FULL_WITH_GAMMA, 1e-6);
+    EXPECT_FLOAT_EQ(fromColour(Colour::make(255, 0, 0, 51)).a, 0.2f);
 }
 
 TEST(Colour, TheTextFormIsThreeNumbersWithoutAlphaOrFlag)
@@ -130,7 +103,6 @@ TEST(Colour, ChannelsOfAnyValueNeverBreakPacking)
     // NaN packs as 0, huge as 255, a negative as 0; nothing overflows.
     EXPECT_EQ(Colour(NaN, huge, -huge, true).getAsLong(), 0x0000FF00);
     EXPECT_EQ(Colour(-0.5, NaN, 0, false).getAsLong(), 0);
-    EXPECT_TRUE(std::isinf(Colour(huge, 0, 0, true).r));
     const Colour wild(NaN, huge, -huge, false);
     EXPECT_EQ(wild.colorref(true) & 0xFFu, 0u);
     (void)asARGB(wild, NaN);
@@ -144,29 +116,12 @@ TEST(Gamma, TheInverseKeepsItsLiteralExponentAndStartUpRestoresTheCurve)
     vlib_setGamma(2.2);
     const Colour inverse = vlib_rgbcol_inverse(Colour(0.5, 1, 0, true));
     EXPECT_NEAR(inverse.r, std::pow(0.5, 2.37) / 0.6, 1e-6);
-    EXPECT_NEAR(inverse.g, 1 / 0.6, 1e-6);
-    EXPECT_FALSE(inverse.bypassGamma());
     EXPECT_NEAR(vlib_gammaCorrect(1.0), std::pow(0.6, 1 / 2.2), 1e-12);
 
     vlib_screen()->x2 = 5;
     vlib_init();
-    EXPECT_TRUE(vlib_initialised());
     EXPECT_EQ(vlib_gamma(), 2.37);
     EXPECT_EQ(*vlib_screen(), (Qv::Box<int, Qv::BottomUpTraits>{0, 0, 1023, 767}));
-    vlib_forget();
-    EXPECT_FALSE(vlib_initialised());
-    vlib_init();
-
-    // A bypassed colour comes back whole; any other through the curve, opaque.
-    const Colour device = Colour::make(255, 0, 0, 128);
-    const Colour same = vlib_gammaCorrect(device);
-    EXPECT_EQ(same, device);
-    EXPECT_EQ(same.a, device.a);
-    Colour linear(1, 1, 1, false);
-    linear.a = 0.5f;
-    const Colour curved = vlib_gammaCorrect(linear);
-    EXPECT_NEAR(curved.r, FULL_WITH_GAMMA, 1e-6);
-    EXPECT_EQ(curved.a, 1.0f);
 }
 
 class ConfiguredColour : public ::testing::Test {
