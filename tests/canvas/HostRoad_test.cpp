@@ -10,7 +10,7 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/ScreenGrab.h"
 #include "tela/canvas/UpdateTracking.h"
-#include "tela/colour/DefaultWindowColour.h"
+#include "tela/colour/Palette.h"
 #include "tela/core/Preferences.h"
 #include "tela/events/EventQueue.h"
 #include "tela/render/CanvasRenderer.h"
@@ -212,7 +212,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
     args.size = {40, 30};
     RootCanvas* first = tela_createRootCanvas(args);
     ASSERT_NE(first, nullptr);
-    const NormalisedRGB chosen(0.2f, 0.4f, 0.6f);
+    const Colour chosen(0.2, 0.4, 0.6, true);
     tela_setRootColour(first, chosen);
     EXPECT_EQ(tela_rootColour(first).g, chosen.g);
     EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
@@ -220,7 +220,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
     // A canvas with no root reads as black and changes nothing.
     Canvas* stray = tela_newcanvas(nullptr, nullptr);
     EXPECT_EQ(tela_rootColour(stray).r, 0.0f);
-    tela_setRootColour(stray, NormalisedRGB(1, 1, 1));
+    tela_setRootColour(stray, Colour(1, 1, 1, true));
     EXPECT_EQ(prefs().getPreference("UI : Window colour"), String("336699"));
     tela_deletecanvas(stray);
 
@@ -238,7 +238,7 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
 
     // A value that is not a colour falls back on the default, with no fuss.
     prefs().setPreference("UI : Window colour", String("teal"));
-    EXPECT_EQ(tela_window_colour_preference().r, Tela::defaultWindowColour().r);
+    EXPECT_EQ(tela_window_colour_preference(), Palette::defaultWindow());
 
     tela_deletecanvas(second);
     tela_deletecanvas(first);

@@ -43,6 +43,9 @@ TEST_F(ConfigTest, ValuesAreReadAndBoundsClampWithoutWrapping)
     EXPECT_EQ(config_int("neg", 0), -2);
     EXPECT_EQ(config_int(nullptr, 4), 4);
     EXPECT_EQ(config_int("missing", 50, 0, 10), 50); // the caller's default is not clamped
+    EXPECT_EQ(config_string("text", String("x")), String("12"));
+    EXPECT_EQ(config_string("half", String("x")), String("x")); // a number is not text
+    EXPECT_EQ(config_string(nullptr, String("x")), String("x"));
 }
 
 TEST_F(ConfigTest, BoundsTheWrongWayRoundAreReportedAndGiveTheDefault)

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 TEST(LightweightStringTest, NullAndEmptyAreBothEmptyButDistinct)
 {
     String null_string;
@@ -77,4 +79,18 @@ TEST(LightweightStringTest, BodiesComeFromTheMemorySeamAndGoBack)
         EXPECT_EQ(live_blocks(), before + 2);
     }
     EXPECT_EQ(live_blocks(), before);
+}
+
+TEST(LightweightStringTest, NumbersAppendWithSixSignificantDigitsInAnyLocale)
+{
+    String text;
+    text << 0.5;
+    text += ' ';
+    text << -2.0 << 1.0 / 3.0;
+    text += ' ';
+    text << 1e300 << std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(text, String("0.5 -20.333333 1e+300nan"));
+    WString wide;
+    wide << 0.25f;
+    EXPECT_EQ(toUTF8(wide), String("0.25"));
 }

@@ -4,6 +4,7 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/colour/CurrentColour.h"
+#include "tela/colour/Gamma.h"
 #include "tela/core/Config.h"
 #include "tela/core/Log.h"
 #include "tela/core/Threads.h"
@@ -49,8 +50,11 @@ void init_paths() {}
 // this library runs on, so the kind is read and nothing is made.
 void com_initialise(int /*kind*/) {}
 
-// Gamma and colour tables: filled by the colour subsystem's gamma tables.
-void init_gamma_tables() {}
+// The gamma curve's exponent and the screen box the path API measures against.
+void init_gamma_tables()
+{
+    vlib_init();
+}
 // The raster image cache: RasterImage::flushCache(), whose body is empty.
 void flush_raster_image_cache() {}
 // The scan converter's tables: filled by the scan converter.
@@ -64,8 +68,11 @@ void init_exceptions() {}
 
 // Shut-down: every loaded font released; filled by the font table.
 void release_all_fonts() {}
-// The gamma tables' initialised flag; filled by the gamma tables.
-void forget_gamma_tables() {}
+// The gamma tables count as not set up, so a later application sets them anew.
+void forget_gamma_tables()
+{
+    vlib_forget();
+}
 
 // The two default fonts, loaded when the window opens; filled by the font table.
 void load_default_fonts() {}
@@ -116,7 +123,8 @@ void Tela::Application::init()
     tela_setlinewidth(1.0);
     tela_setflatness(1.0);
     tela_setcanvas(nullptr);
-    tela_setcolour(0);
+    // Black, with the colour ring emptied to black.
+    tela_reset_current_colour();
     reset_font_scale();
     init_exceptions();
     atShutdown(release_gpu_resources, GPU_RELEASE_PRIORITY);

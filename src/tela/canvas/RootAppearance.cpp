@@ -3,7 +3,7 @@
 #include "tela/canvas/DisplayRoad.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
-#include "tela/colour/DefaultWindowColour.h"
+#include "tela/colour/Palette.h"
 #include "tela/core/HTMLUtils.h"
 #include "tela/core/Preferences.h"
 #include "tela/platform/iImagingService.h"
@@ -34,28 +34,28 @@ Qv::Ptr<iImage> at_location(const Qv::Ptr<iImage>& image, iImageBase::eLocation 
 
 } // namespace
 
-NormalisedRGB tela_window_colour_preference()
+Colour tela_window_colour_preference()
 {
     const String text = prefs().getPreference(WINDOW_COLOUR_KEY);
     unsigned int rgb = 0;
     if (text.empty() || !HTMLUtils::parseHex(text.view(), rgb))
-        return Tela::defaultWindowColour();
-    return HTMLUtils::fromHex(rgb);
+        return Palette::defaultWindow();
+    return fromHex(rgb);
 }
 
-NormalisedRGB tela_rootColour(Canvas* canvas)
+Colour tela_rootColour(Canvas* canvas)
 {
     const RootWindowRec* row = tela_root_row(canvas);
-    return row ? row->rootColour : NormalisedRGB(0.0f, 0.0f, 0.0f, 1.0f);
+    return row ? row->rootColour : Colour(0.0, 0.0, 0.0, true);
 }
 
-void tela_setRootColour(Canvas* canvas, const NormalisedRGB& colour)
+void tela_setRootColour(Canvas* canvas, const Colour& colour)
 {
     RootWindowRec* row = tela_root_row(canvas);
     if (!row)
         return;
     char hex[7];
-    HTMLUtils::formatHex(HTMLUtils::toHex(colour), hex);
+    HTMLUtils::formatHex(toHex(colour), hex);
     prefs().setPreference(WINDOW_COLOUR_KEY, String(hex));
     row->rootColour = colour;
 }

@@ -3,7 +3,7 @@
 // provider gives one, else the window colour, which the user's preference
 // "UI : Window colour" keeps between runs.
 
-#include "tela/core/NormalisedRGB.h"
+#include "tela/colour/Colour.h"
 #include "tela/core/Ptr.h"
 #include "tela/platform/iImage.h"
 #include "tela/platform/iWallpaperProvider.h"
@@ -12,10 +12,12 @@ class Canvas;
 class RootCanvas;
 
 // The colour of the root of `canvas`; opaque black for a canvas with no root.
-NormalisedRGB tela_rootColour(Canvas* canvas);
-// Stores the colour as the preference, then in the row. Nothing is marked:
-// the colour shows at the next repaint. A canvas with no root changes nothing.
-void tela_setRootColour(Canvas* canvas, const NormalisedRGB& colour);
+Colour tela_rootColour(Canvas* canvas);
+// Stores the colour as the preference (as the device colour it paints, so a
+// colour without the bypass flag is stored gamma-corrected), then in the row.
+// Nothing is marked: the colour shows at the next repaint. A canvas with no
+// root changes nothing.
+void tela_setRootColour(Canvas* canvas, const Colour& colour);
 
 // The wallpaper image at the window's present size; null when there is none.
 Qv::Ptr<iImage> tela_rootTexture(Canvas* canvas);
@@ -26,9 +28,9 @@ void tela_setRootTexture(Canvas* canvas, const Qv::Ptr<iWallpaperProvider>& prov
 bool tela_getRootTextureChangeEnabled();
 void tela_setRootTextureChangeEnabled(bool enabled);
 
-// The window colour preference, or the default window colour when it is
-// missing or not a colour.
-NormalisedRGB tela_window_colour_preference();
+// The window colour preference, as a device colour, or the default palette's
+// window colour when it is missing or not a colour.
+Colour tela_window_colour_preference();
 // Asks the provider again when the root's size differs from the image's, and
 // brings the image to where the window composes.
 void tela_refresh_wallpaper(RootCanvas* root);

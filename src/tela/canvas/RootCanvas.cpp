@@ -197,7 +197,7 @@ void tela_fill_root_background(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>
                         XY<int>{area.left + targetOrigin.x, area.top + targetOrigin.y});
         return;
     }
-    const RectDescription fill(area, row->rootColour);
+    const RectDescription fill(area, fromColour(row->rootColour));
     renderer->drawRects(&fill, 1);
 }
 

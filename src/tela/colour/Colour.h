@@ -64,6 +64,8 @@ public:
 
 private:
     void get_vlib_colour(bool bypass) const;
+    // The channels and packed value of the current colour; alpha 1.
+    void take_current_colour();
 
     mutable std::int32_t m_packed = -1; // 0xFFFFFFFF: not computed yet
     bool m_bypassGamma = false;

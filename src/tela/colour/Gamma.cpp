@@ -9,7 +9,14 @@ namespace {
 
 // Start-up sets the same value; holding it from the first instant lets
 // colours made before the application exists pack the same way.
-double s_gamma = 2.37;
+constexpr double STANDARD_GAMMA = 2.37;
+double s_gamma = STANDARD_GAMMA;
+bool s_initialised = false;
+
+constexpr Qv::Box<int, Qv::BottomUpTraits> STANDARD_SCREEN {0, 0, 1023, 767};
+// Handed out by address: callers read it as the box the path API measures
+// against. Start-up puts the constant back in case anyone wrote through it.
+Qv::Box<int, Qv::BottomUpTraits> s_screen = STANDARD_SCREEN;
 
 double curve(double c)
 {
@@ -35,6 +42,23 @@ double vlib_gamma()
 void vlib_setGamma(double gamma)
 {
     s_gamma = gamma;
+}
+
+void vlib_init()
+{
+    s_gamma = STANDARD_GAMMA;
+    s_screen = STANDARD_SCREEN;
+    s_initialised = true;
+}
+
+void vlib_forget()
+{
+    s_initialised = false;
+}
+
+bool vlib_initialised()
+{
+    return s_initialised;
 }
 
 double vlib_gammaCorrect(double c)
@@ -68,7 +92,5 @@ Colour vlib_rgbcol_inverse(const Colour& c)
 
 Qv::Box<int, Qv::BottomUpTraits>* vlib_screen()
 {
-    // Never written: the address is handed out so callers can read it as a box.
-    static Qv::Box<int, Qv::BottomUpTraits> screen {0, 0, 1023, 767};
-    return &screen;
+    return &s_screen;
 }

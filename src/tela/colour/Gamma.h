@@ -28,3 +28,10 @@ Qv::Box<int, Qv::BottomUpTraits>* vlib_screen();
 // The exponent of the forward curve; start-up sets it.
 double vlib_gamma();
 void vlib_setGamma(double gamma);
+
+// Start-up: the exponent to 2.37 and the screen box to (0, 0, 1023, 767),
+// whatever they were. Shut-down forgets that the tables were set up, so a
+// second application in the same process sets them again.
+void vlib_init();
+void vlib_forget();
+bool vlib_initialised();

@@ -54,6 +54,20 @@ bool lookup(const char* key, double& out)
     return std::isfinite(out);
 }
 
+// The text stored under `key`, if there is some.
+bool lookup(const char* key, String& out)
+{
+    ConfigurationFile& file = configuration();
+    std::lock_guard lock(file.mutex);
+    if (!file.loaded)
+        load(file);
+    const JSON::Element value = JSON::Element(&file.values)[key];
+    if (!value.isString())
+        return false;
+    out = value.getString();
+    return true;
+}
+
 } // namespace
 
 int config_int(const char* key, int defaultValue, int minValue, int maxValue)
@@ -76,6 +90,12 @@ int config_int(const char* key, int defaultValue, int minValue, int maxValue)
 double config_double(const char* key, double defaultValue)
 {
     double value;
+    return lookup(key, value) ? value : defaultValue;
+}
+
+String config_string(const char* key, const String& defaultValue)
+{
+    String value;
     return lookup(key, value) ? value : defaultValue;
 }
 

@@ -17,6 +17,8 @@
 int config_int(const char* key, int defaultValue, int minValue = INT_MIN, int maxValue = INT_MAX);
 // The number stored under `key`, or `defaultValue`.
 double config_double(const char* key, double defaultValue);
+// The text stored under `key`, or `defaultValue` when it is missing or not text.
+String config_string(const char* key, const String& defaultValue);
 
 namespace Qv {
 // Test hook: forgets what was read, so the next lookup reads

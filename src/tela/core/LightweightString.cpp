@@ -1,8 +1,23 @@
 #include "tela/core/LightweightString.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <new>
+
+namespace {
+
+// ASCII text onto either kind of string, a unit a character.
+template <typename CharT>
+LightweightString<CharT>& append_ascii(LightweightString<CharT>& target, std::string_view text)
+{
+    for (const char c : text)
+        target += static_cast<typename LightweightString<CharT>::unit_type>(c);
+    return target;
+}
+
+} // namespace
 
 template <typename CharT>
 const typename LightweightString<CharT>::unit_type* LightweightString<CharT>::empty_units()
@@ -101,6 +116,16 @@ LightweightString<CharT> LightweightString<CharT>::substr(std::size_t start, std
     if (start >= length)
         return LightweightString(empty_units(), 0);
     return LightweightString(data() + start, std::min(count, length - start));
+}
+
+template <typename CharT>
+LightweightString<CharT>& LightweightString<CharT>::operator<<(double value)
+{
+    char digits[32];
+    if (std::isnan(value))
+        return append_ascii(*this, "nan");
+    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 6).ptr;
+    return append_ascii(*this, std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
 template class LightweightString<char>;

@@ -42,6 +42,13 @@ public:
     LightweightString& operator+=(const LightweightString& other) { return append(other.data(), other.size()); }
     LightweightString& operator+=(view_type text) { return append(text.data(), text.size()); }
     LightweightString& operator+=(unit_type unit) { return append(&unit, 1); }
+    // Appends a number with six significant digits, as printf's %g gives it
+    // but whatever the locale: "0.5", "1", "1e+300", "-nan" is "nan".
+    LightweightString& operator<<(double value);
+    // Doubles only: a char or an int would silently print as a number.
+    template <typename T>
+        requires(!std::is_floating_point_v<T>)
+    LightweightString& operator<<(T) = delete;
     [[nodiscard]] LightweightString operator+(const LightweightString& other) const
     {
         LightweightString result(*this);

@@ -8,6 +8,7 @@
 // root window, 13 size or state change, and mouseStateChangeType for every
 // mouse move or button change.
 
+#include "tela/colour/Colour.h"
 #include "tela/core/Callback.h"
 #include "tela/core/CriticalSection.h"
 #include "tela/core/Guard.h"
@@ -44,12 +45,12 @@ constexpr int SHADER_COUNT = 6;
 // One row per root window; the first row's canvas is the library's root.
 struct RootWindowRec {
     explicit RootWindowRec(Canvas* root = nullptr, Qv::Ptr<iEventHandler> handler = {},
-                           const NormalisedRGB& colour = NormalisedRGB())
+                           const Colour& colour = Colour())
         : eventHandler(std::move(handler)), rootColour(colour), rootCanvas(root) {}
 
     Qv::Ptr<iEventHandler> eventHandler;
     Qv::Ptr<iWallpaperProvider> wallpaperProvider; // may be null
-    NormalisedRGB rootColour;                      // the background where no canvas covers it
+    Colour rootColour;                             // the background where no canvas covers it
     Qv::Ptr<iImage> wallpaperImage;                // the provider's image at the window's size
     Canvas* rootCanvas = nullptr;
 };

@@ -162,16 +162,6 @@ double tela_currentflatness()
     return state().flatness;
 }
 
-double norm_angle360(double degrees)
-{
-    double a = degrees - std::floor(degrees / 360.0) * 360.0;
-    if (a < 0.0)
-        a += 360.0;
-    if (a > 360.0)
-        a -= 360.0;
-    return a;
-}
-
 const GStatePoint& gstate_user_to_device(double x, double y)
 {
     GraphicsState& gs = state();

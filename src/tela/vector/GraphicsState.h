@@ -4,6 +4,7 @@
 // stack of 40 entries. Main thread only: nothing here locks, and even the
 // transform helpers share one result point, so none of them is re-entrant.
 
+#include "tela/core/Angles.h" // norm_angle360, which tela_rotate wraps with
 #include "tela/core/RefCount.h"
 
 class Canvas;
@@ -29,9 +30,6 @@ void tela_setlinewidth(double width); // negative widths store 0.0
 double tela_currentlinewidth();
 void tela_setflatness(double flatness); // never below 0.01
 double tela_currentflatness();
-
-// a - floor(a / 360) * 360, kept in [0, 360]; exactly 360.0 stays 360.0.
-double norm_angle360(double degrees);
 
 // Transform helpers for the path builder and scan converter. Each writes the
 // one shared result point, which the caller reads at once.
