@@ -120,6 +120,8 @@ public:
 
     // Drawing brackets, forwarded to the embedded renderer; nested pairs
     // flush only at the outermost end.
+    // The renderer every drawing on this canvas goes through.
+    CanvasRenderer& getRenderer() { return renderer; }
     void beginRender() { renderer.beginRender(this); }
     void endRender() { renderer.endRender(); }
 
