@@ -1,7 +1,8 @@
 // The gallery: what Tela can show so far, as a program on Tela::Application.
-// The sidebar's entries are picked by clicking or with the up and down keys,
-// the cards change colour when clicked, and a marker runs along the status
-// bar on the library's tick.
+// The sidebar's entries are picked by clicking or with the up and down keys:
+// the first shows every drawing primitive, the others a page of cards that
+// change colour when clicked. A marker runs along the status bar on the
+// library's tick.
 //
 // With a display it opens a window (close it to end). Without one, or with
 // TELA_BACKEND=headless, it plays a short scripted session on the headless
@@ -22,6 +23,7 @@
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/canvas/Wipe.h"
 #include "tela/colour/CurrentColour.h"
+#include "tela/colour/Palette.h"
 #include "tela/events/Deferred.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
@@ -34,6 +36,8 @@
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
+
+#include "ShapesPanel.h"
 
 #include <cstdio>
 #include <cstring>
@@ -177,12 +181,17 @@ private:
                                       })));
         event_set_kbd_focus(sidebar); // the arrow keys move the selection
 
+        // Two pages share the content frame; the sidebar brings one to the top.
         Canvas* content = top_level(root, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        m_cards_page = panel(content, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        m_shapes_page = panel(content, 176, 16, Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT, packed(0, 0, 0),
+                              makeCurvedRegion({Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT}, 15, eLargeCorners));
+        Shapes::paint(m_shapes_page, Palette::getDefault());
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
             const int* box = card_boxes[i];
-            m_cards.push_back(panel(content, box[0], box[1], box[2], box[3], card_colours[i], {},
+            m_cards.push_back(panel(m_cards_page, box[0], box[1], box[2], box[3], card_colours[i], {},
                                     client([this, i, colour = card_colours[i]](const Event& e) {
                                         if (mouse_down_event(e) && mouse_left_event(e)) {
                                             m_card_lit[i] = !m_card_lit[i];
@@ -205,7 +214,16 @@ private:
             return true;
         }));
         marker->client = static_cast<CanvasClient*>(m_clients.back().get());
+        show_page();
         tela_setcanvas(nullptr);
+    }
+
+    // Entry 0 shows the shapes, every other entry the cards.
+    void show_page()
+    {
+        Canvas* page = m_selected == 0 ? m_shapes_page : m_cards_page;
+        if (page)
+            canvas_pop_to_top(page, false);
     }
 
     // A panel straight on the root, remembered so that end() can delete it.
@@ -224,6 +242,7 @@ private:
         m_selected = entry;
         fill(m_entries[static_cast<std::size_t>(previous)], entry_colour(previous));
         fill(m_entries[static_cast<std::size_t>(entry)], entry_colour(entry));
+        show_page();
         tela_setcanvas(nullptr);
     }
 
@@ -280,8 +299,10 @@ private:
     std::vector<Canvas*> m_panels; // on the root; each deletes what is on it
     std::vector<Canvas*> m_entries;
     std::vector<Canvas*> m_cards;
+    Canvas* m_cards_page = nullptr;
+    Canvas* m_shapes_page = nullptr;
     bool m_card_lit[3] = {false, false, false};
-    int m_selected = 2;
+    int m_selected = 0;
     int m_marker_steps = 0;
     Qv::Ptr<EventHandler> m_script;
     int m_failures = 0;
