@@ -42,7 +42,9 @@ float unit_interval(float value)
 std::uint16_t to_pixman_channel(float value)
 {
     // byte * 257 is what pixman turns back into exactly that byte (it keeps the high 8 bits).
-    return static_cast<std::uint16_t>(std::lround(value * 255.0f) * 257);
+    // value is within 0..1 here, so adding a half and truncating rounds as lround would
+    // (in double, where the half cannot round the sum up), at a fraction of its cost.
+    return static_cast<std::uint16_t>(static_cast<int>(static_cast<double>(value * 255.0f) + 0.5) * 257);
 }
 
 pixman_color_t premultiplied(const NormalisedRGB& colour)

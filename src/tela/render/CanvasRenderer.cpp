@@ -141,7 +141,10 @@ Qv::Ptr<iGraphicPrimitivesRenderer> CanvasRenderer::getOSRenderer()
 
 bool CanvasRenderer::canDraw()
 {
-    return static_cast<bool>(getOSRenderer());
+    // Asked before every primitive: test the held renderer without copying it.
+    if (!osRenderer && drawCanvas)
+        osRenderer = drawCanvas->getOSRenderer();
+    return static_cast<bool>(osRenderer);
 }
 
 unsigned CanvasRenderer::getCaps() const
