@@ -125,6 +125,18 @@ private:
 // and which is the client of no counted canvas, has nothing queued: its flush
 // need not walk, which keeps each delivered deferred action (whose wrapper
 // dies with it) from walking the whole queue.
+//
+// An event whose payload is its own handler (a deferred action: the event
+// owns its wrapper; its sender says so, and the event carries ownsHandler)
+// is counted only in `owning`, not under its handler. Such
+// an event keeps its handler alive, so a dying handler can have none queued;
+// counting them under their handlers would put one entry per action in
+// `targets`, and with many actions queued every send and receive would miss
+// the cache on a table of that size. The one place that drops the payload of
+// a queued event, event_replace_queued_data, counts the event under its
+// handler first, so the death that follows still finds it. A flush for a
+// live handler cannot rule them out by its pointers and walks while any is
+// queued.
 struct Queue {
     CriticalSection lock; // "event queue lock"
     Event* head = nullptr; // newest
@@ -132,6 +144,7 @@ struct Queue {
     PointerCounts targets;
     PointerCounts senders;
     PointerCounts routed;
+    std::size_t owning = 0;  // live queued events whose payload is their handler
     std::uint64_t steps = 0; // events looked at by walks, for event_queue_steps
 };
 
@@ -156,7 +169,9 @@ void ensure_initialised()
 // Called with the lock held, for an event that is or was live.
 void count_in(Queue& q, const Event* event)
 {
-    if (event->handler)
+    if (event->ownsHandler)
+        ++q.owning;
+    else if (event->handler)
         q.targets.add(event->handler);
     else if (event->canvas)
         q.routed.add(event->canvas);
@@ -166,7 +181,9 @@ void count_in(Queue& q, const Event* event)
 
 void count_out(Queue& q, const Event* event)
 {
-    if (event->handler)
+    if (event->ownsHandler)
+        --q.owning;
+    else if (event->handler)
         q.targets.remove(event->handler);
     else if (event->canvas)
         q.routed.remove(event->canvas);
@@ -222,8 +239,12 @@ void clear_sender(Queue& q, Event* event)
 
 // Called with the lock held. Whether anything live in the queue may name the
 // handler as target or as sender; false means a flush for it has nothing to do.
-bool may_name(const Queue& q, EventHandler* handler)
+// A dying handler is the payload of no queued event, so only a live one need
+// think of the events that own their handlers.
+bool may_name(const Queue& q, EventHandler* handler, bool dying)
 {
+    if (!dying && q.owning != 0)
+        return true;
     if (q.targets.count(handler) != 0 || q.senders.count(static_cast<iObject*>(handler)) != 0)
         return true;
     bool found = false;
@@ -267,7 +288,9 @@ bool event_queue_initialised()
     return s_initialised.load(std::memory_order_acquire);
 }
 
-void event_send(Event* event, bool checkTarget)
+namespace {
+
+void send(Event* event, bool checkTarget, bool ownsHandler)
 {
     if (!event || (!event->canvas && !event->handler))
         return;
@@ -282,8 +305,26 @@ void event_send(Event* event, bool checkTarget)
         delete replaced;
     }
     copy->coalescable = (copy->type & EventType::MOUSE_CLASS) != 0;
+    copy->ownsHandler = ownsHandler;
     link_at_head(q, copy);
     wake_main_thread();
+}
+
+} // namespace
+
+void event_send(Event* event, bool checkTarget)
+{
+    send(event, checkTarget, false);
+}
+
+void event_send_owning(Event* event, Qv::Ptr<EventHandler> handler, bool checkTarget)
+{
+    if (!event || !handler)
+        return;
+    // Both set here, so that the mark is true by construction.
+    event->handler = handler.get();
+    event->m_data = std::move(handler);
+    send(event, checkTarget, true);
 }
 
 void event_send_idempotent(Event* event, bool replace)
@@ -317,6 +358,7 @@ void event_send_idempotent(Event* event, bool replace)
     }
     Event* copy = new Event(*event);
     copy->coalescable = false;
+    copy->ownsHandler = false;
     link_at_head(q, copy);
     wake_main_thread();
 }
@@ -408,14 +450,16 @@ void event_flush(Canvas* canvas, int mask, bool keepPairs)
     }
 }
 
-void event_flush(EventHandler* handler, int mask, bool keepPairs)
+namespace {
+
+void flush_handler(EventHandler* handler, int mask, bool keepPairs, bool dying)
 {
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock);
     // Nothing live names it: the walk would change nothing. Both flushes of a
     // dying handler come here; each still takes the lock, so the second still
     // waits for a checked send that found the handler registered.
-    if (handler && !may_name(q, handler))
+    if (handler && !may_name(q, handler, dying))
         return;
     bool spared = false;
     iObject* identity = handler;
@@ -444,11 +488,18 @@ void event_flush(EventHandler* handler, int mask, bool keepPairs)
     }
 }
 
+} // namespace
+
+void event_flush(EventHandler* handler, int mask, bool keepPairs)
+{
+    flush_handler(handler, mask, keepPairs, false);
+}
+
 void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*))
 {
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock); // re-entrant: the flush takes it again
-    event_flush(handler, 0, false);
+    flush_handler(handler, 0, false, true);
     leave(handler);
 }
 
@@ -459,7 +510,17 @@ bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* c
     for (Event* queued = q.head; queued; queued = queued->next) {
         ++q.steps;
         if (queued->type == type && queued->canvas == canvas && queued->msg().view() == name.view()) {
-            queued->data(data);
+            // Counted again under the new payload before the old one goes, so
+            // that a handler the old one owned finds this event when it dies
+            // of it. The old payload dies here, under the lock.
+            const bool live = queued->type != 0;
+            if (live)
+                count_out(q, queued);
+            Qv::Ptr<iObject> old = std::move(queued->m_data);
+            queued->m_data = data;
+            queued->ownsHandler = false;
+            if (live)
+                count_in(q, queued);
             return true;
         }
     }

@@ -28,6 +28,10 @@ struct Event;
 // and a handler, or (with checkTarget) for a target that is not alive, the
 // event is dropped silently.
 void event_send(Event* event, bool checkTarget);
+// As event_send, with `handler` as both the event's handler and its payload:
+// the queued event alone keeps the handler alive (a deferred action's
+// wrapper), and the queue needs less bookkeeping for it.
+void event_send_owning(Event* event, Qv::Ptr<EventHandler> handler, bool checkTarget);
 // As event_send, but a message (0x4001, 0x4002) already queued for the same
 // target with the same name is kept (replace false) or replaced and moved to
 // the back of the line (replace true).
