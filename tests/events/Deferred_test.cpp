@@ -9,6 +9,8 @@
 #include "tela/events/Deferred.h"
 #include "tela/events/UIThreadCallback.h"
 
+#include "support/LiveBlocks.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -78,6 +80,28 @@ TEST(Deferred, DrainingActionsLooksAtNoQueuedEventOnTheirBehalf)
     EXPECT_EQ(bystander.types.size(), 1u);
     EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(ACTIONS));
     tela_deletecanvas(canvas);
+}
+
+// The blocks of delivered actions are kept for the next ones: a second burst
+// as large as the first takes nothing more from the heap.
+TEST(Deferred, ASecondBurstOfActionsReusesTheBlocksOfTheFirst)
+{
+    QueueScope scope;
+    constexpr int ACTIONS = 500;
+    std::vector<int> ran;
+    const auto burst = [&] {
+        for (int i = 0; i < ACTIONS; ++i)
+            defer([&ran, i] { ran.push_back(i); });
+        dispatch_all();
+    };
+    burst();
+    const std::int64_t blocks = live_blocks();
+    ran.clear();
+    burst();
+    EXPECT_EQ(live_blocks(), blocks);
+    ASSERT_EQ(ran.size(), static_cast<std::size_t>(ACTIONS));
+    for (int i = 0; i < ACTIONS; ++i)
+        EXPECT_EQ(ran[static_cast<std::size_t>(i)], i);
 }
 
 TEST(Deferred, ARepeatedUniqueIdCancelsThePendingOneAndAThirdStartsAfresh)

@@ -32,6 +32,18 @@ std::function<void()> running(Qv::Ptr<iExecutableAction> action)
 
 } // namespace
 
+static_assert(sizeof(FunctionWrapper) <= OWNED_HANDLER_BLOCK, "a wrapper's block should come from the queue's pool");
+
+void* FunctionWrapper::operator new(std::size_t bytes)
+{
+    return event_owned_handler_allocate(bytes);
+}
+
+void FunctionWrapper::operator delete(void* block, std::size_t bytes) noexcept
+{
+    event_owned_handler_release(block, bytes);
+}
+
 EventHandler::eResult FunctionWrapper::handleEvent(const Event&)
 {
     m_function();

@@ -14,6 +14,8 @@
 
 #include <atomic>
 #include <climits>
+#include <mutex>
+#include <new>
 #include <utility>
 
 namespace {
@@ -111,6 +113,45 @@ private:
     std::size_t m_used = 0;
 };
 
+// Blocks of OWNED_HANDLER_BLOCK bytes for the handlers queued events own. The
+// free blocks are kept in an array rather than threaded through the blocks,
+// so that taking one does not read the block, which was last touched by the
+// thread that freed it. Its own lock, not the queue's: senders take a block
+// before they send; and a cache line of its own, away from the queue's
+// fields, which the queue lock's holder is writing. Like the pool of event
+// records, it only grows: it holds at most as many blocks as were ever in use
+// at once.
+class alignas(64) HandlerBlocks {
+public:
+    void* take()
+    {
+        {
+            std::lock_guard<std::mutex> guard(m_lock);
+            if (!m_free.empty()) {
+                void* block = m_free.back();
+                m_free.pop_back();
+                return block;
+            }
+        }
+        return Qv::allocate(OWNED_HANDLER_BLOCK);
+    }
+
+    void give(void* block) noexcept
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        try {
+            m_free.push_back(block);
+            return;
+        } catch (const std::bad_alloc&) {
+        }
+        Qv::release(block); // no room to keep it: back to the heap
+    }
+
+private:
+    std::mutex m_lock;
+    Qv::Vector<void*> m_free;
+};
+
 // The queue is doubly linked: `next` runs towards the oldest event, `newer`
 // back towards the head. Taking the oldest event and unlinking any event are
 // therefore constant time; the walks that must look at every event (flush,
@@ -146,6 +187,7 @@ struct Queue {
     PointerCounts routed;
     std::size_t owning = 0;  // live queued events whose payload is their handler
     std::uint64_t steps = 0; // events looked at by walks, for event_queue_steps
+    HandlerBlocks ownedHandlerBlocks;
 };
 
 Queue& queue()
@@ -501,6 +543,24 @@ void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*))
     CriticalSection::Guard guard(q.lock); // re-entrant: the flush takes it again
     flush_handler(handler, 0, false, true);
     leave(handler);
+}
+
+void* event_owned_handler_allocate(std::size_t bytes)
+{
+    void* block = bytes <= OWNED_HANDLER_BLOCK ? queue().ownedHandlerBlocks.take() : Qv::allocate(bytes);
+    if (!block)
+        throw std::bad_alloc();
+    return block;
+}
+
+void event_owned_handler_release(void* block, std::size_t bytes)
+{
+    if (!block)
+        return;
+    if (bytes <= OWNED_HANDLER_BLOCK)
+        queue().ownedHandlerBlocks.give(block);
+    else
+        Qv::release(block);
 }
 
 bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data)
