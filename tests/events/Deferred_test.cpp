@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -102,6 +103,40 @@ TEST(Deferred, ASecondBurstOfActionsReusesTheBlocksOfTheFirst)
     ASSERT_EQ(ran.size(), static_cast<std::size_t>(ACTIONS));
     for (int i = 0; i < ACTIONS; ++i)
         EXPECT_EQ(ran[static_cast<std::size_t>(i)], i);
+}
+
+// Threads defer while the main thread drains, so wrappers are made, queued,
+// run and freed on all sides at once: each action runs once, in the order
+// its thread deferred it.
+TEST(Deferred, ActionsDeferredFromManyThreadsRunOnceInTheirThreadsOrder)
+{
+    QueueScope scope;
+    constexpr int THREADS = 4;
+    constexpr int EACH = 2000;
+    std::vector<std::vector<int>> ran(THREADS);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < THREADS; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < EACH; ++i)
+                defer([&ran, t, i] { ran[static_cast<std::size_t>(t)].push_back(i); });
+        });
+    const auto all_ran = [&] {
+        std::size_t total = 0;
+        for (const auto& r : ran)
+            total += r.size();
+        return total == static_cast<std::size_t>(THREADS * EACH);
+    };
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!all_ran() && std::chrono::steady_clock::now() < deadline)
+        if (dispatch_all() == 0)
+            std::this_thread::yield();
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& r : ran) {
+        ASSERT_EQ(r.size(), static_cast<std::size_t>(EACH));
+        for (int i = 0; i < EACH; ++i)
+            EXPECT_EQ(r[static_cast<std::size_t>(i)], i);
+    }
 }
 
 TEST(Deferred, ARepeatedUniqueIdCancelsThePendingOneAndAThirdStartsAfresh)
