@@ -169,15 +169,14 @@ private:
 //
 // An event whose payload is its own handler (a deferred action: the event
 // owns its wrapper; its sender says so, and the event carries ownsHandler)
-// is counted only in `owning`, not under its handler. Such
-// an event keeps its handler alive, so a dying handler can have none queued;
-// counting them under their handlers would put one entry per action in
-// `targets`, and with many actions queued every send and receive would miss
-// the cache on a table of that size. The one place that drops the payload of
-// a queued event, event_replace_queued_data, counts the event under its
-// handler first, so the death that follows still finds it. A flush for a
-// live handler cannot rule them out by its pointers and walks while any is
-// queued.
+// is counted only in `owning`, not under its handler. Such an event keeps its
+// handler alive, so a dying handler can have none queued; counting them under
+// their handlers would put one entry per action in `targets`, and with many
+// actions queued every send and receive would miss the cache on a table of
+// that size. The one place that drops the payload of a queued event,
+// event_replace_queued_data, counts the event under its handler first, so the
+// death that follows still finds it. A flush for a live handler cannot rule
+// them out by its pointers, and walks while any is queued.
 struct Queue {
     CriticalSection lock; // "event queue lock"
     Event* head = nullptr; // newest
