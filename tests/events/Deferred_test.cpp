@@ -9,8 +9,11 @@
 #include "tela/events/Deferred.h"
 #include "tela/events/UIThreadCallback.h"
 
+#include "support/LiveBlocks.h"
+
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -78,6 +81,62 @@ TEST(Deferred, DrainingActionsLooksAtNoQueuedEventOnTheirBehalf)
     EXPECT_EQ(bystander.types.size(), 1u);
     EXPECT_LT(event_queue_steps() - steps, static_cast<std::uint64_t>(ACTIONS));
     tela_deletecanvas(canvas);
+}
+
+// The blocks of delivered actions are kept for the next ones: a second burst
+// as large as the first takes nothing more from the heap.
+TEST(Deferred, ASecondBurstOfActionsReusesTheBlocksOfTheFirst)
+{
+    QueueScope scope;
+    constexpr int ACTIONS = 500;
+    std::vector<int> ran;
+    const auto burst = [&] {
+        for (int i = 0; i < ACTIONS; ++i)
+            defer([&ran, i] { ran.push_back(i); });
+        dispatch_all();
+    };
+    burst();
+    const std::int64_t blocks = live_blocks();
+    ran.clear();
+    burst();
+    EXPECT_EQ(live_blocks(), blocks);
+    ASSERT_EQ(ran.size(), static_cast<std::size_t>(ACTIONS));
+    for (int i = 0; i < ACTIONS; ++i)
+        EXPECT_EQ(ran[static_cast<std::size_t>(i)], i);
+}
+
+// Threads defer while the main thread drains, so wrappers are made, queued,
+// run and freed on all sides at once: each action runs once, in the order
+// its thread deferred it.
+TEST(Deferred, ActionsDeferredFromManyThreadsRunOnceInTheirThreadsOrder)
+{
+    QueueScope scope;
+    constexpr int THREADS = 4;
+    constexpr int EACH = 2000;
+    std::vector<std::vector<int>> ran(THREADS);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < THREADS; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < EACH; ++i)
+                defer([&ran, t, i] { ran[static_cast<std::size_t>(t)].push_back(i); });
+        });
+    const auto all_ran = [&] {
+        std::size_t total = 0;
+        for (const auto& r : ran)
+            total += r.size();
+        return total == static_cast<std::size_t>(THREADS * EACH);
+    };
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!all_ran() && std::chrono::steady_clock::now() < deadline)
+        if (dispatch_all() == 0)
+            std::this_thread::yield();
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& r : ran) {
+        ASSERT_EQ(r.size(), static_cast<std::size_t>(EACH));
+        for (int i = 0; i < EACH; ++i)
+            EXPECT_EQ(r[static_cast<std::size_t>(i)], i);
+    }
 }
 
 TEST(Deferred, ARepeatedUniqueIdCancelsThePendingOneAndAThirdStartsAfresh)

@@ -140,6 +140,42 @@ TEST(EventQueue, ADyingHandlerTakesItsQueuedEventsWithIt)
     EXPECT_TRUE(receive_all().empty());
 }
 
+// An event that owns its handler is left out of the per-handler counts; a
+// flush for the live handler, and the death that follows when the queue
+// itself drops the payload, must still find it.
+TEST(EventQueue, AnEventThatOwnsItsHandlerIsFoundByFlushesAndByAReplacedPayload)
+{
+    QueueScope scope;
+    const auto send_owning = [](Qv::Ptr<EventHandler> handler) {
+        Event e(0x4001);
+        e.message(String("id"));
+        event_send_owning(&e, std::move(handler), false);
+    };
+    const auto replace_payload = [] {
+        return event_replace_queued_data(0x4001, String("id"), nullptr, Qv::make<RecordingHandler>());
+    };
+    auto kept = Qv::make<RecordingHandler>();
+    send_owning(kept);
+    send_owning(Qv::make<RecordingHandler>()); // another owner, not flushed
+    event_flush(kept.get(), 0, false);
+    EXPECT_EQ(receive_all().size(), 1u);
+
+    // The payload goes while queued: its death cancels the event. A handler
+    // that outlives its payload still gets the event, and its flush finds it.
+    send_owning(Qv::make<RecordingHandler>());
+    EXPECT_TRUE(replace_payload());
+    EXPECT_EQ(event_pending(nullptr, 0x4001), 0);
+    send_owning(kept);
+    replace_payload();
+    auto events = receive_all();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].handler, kept.get());
+    send_owning(kept);
+    replace_payload();
+    event_flush(kept.get(), 0, false);
+    EXPECT_EQ(event_pending(nullptr, 0x4001), 0);
+}
+
 TEST(EventQueue, IdempotentMessagesKeepTheFirstOrMoveTheReplacementBack)
 {
     QueueScope scope;

@@ -49,7 +49,7 @@ public:
         if (r == m_runs.size())
             r = m_runs.size() - 1; // beyond every key: the last run takes it
         Run& run = m_runs[r];
-        const auto at = std::lower_bound(run.begin(), run.end(), key, Less());
+        const auto at = run.begin() + static_cast<std::ptrdiff_t>(lower_bound(run, key));
         if (at != run.end() && *at == key)
             return false;
         run.insert(at, key);
@@ -67,7 +67,7 @@ public:
         if (r == m_runs.size())
             return false;
         Run& run = m_runs[r];
-        const auto at = std::lower_bound(run.begin(), run.end(), key, Less());
+        const auto at = run.begin() + static_cast<std::ptrdiff_t>(lower_bound(run, key));
         if (at == run.end() || *at != key)
             return false;
         run.erase(at);
@@ -91,8 +91,8 @@ public:
         if (r == m_runs.size())
             return false;
         const Run& run = m_runs[r];
-        const auto at = std::lower_bound(run.begin(), run.end(), key, Less());
-        return at != run.end() && *at == key;
+        const std::size_t at = lower_bound(run, key);
+        return at != run.size() && run[at] == key;
     }
 
     std::size_t size() const { return m_size; }
@@ -112,9 +112,24 @@ private:
     using Less = std::less<T>; // a total order even on unrelated pointers
 
     // The first run whose last key is not below key; m_runs.size() if none.
-    std::size_t run_for(T key) const
+    std::size_t run_for(T key) const { return lower_bound(m_last, key); }
+
+    // The index of the first key not below key in a sorted array; its size if
+    // none. Without branches on the comparisons: the keys of a registry
+    // arrive in no order the branch predictor could learn, and a mispredicted
+    // step of a search costs more than the step.
+    static std::size_t lower_bound(const Qv::Vector<T>& keys, T key)
     {
-        return static_cast<std::size_t>(std::lower_bound(m_last.begin(), m_last.end(), key, Less()) - m_last.begin());
+        std::size_t n = keys.size();
+        if (n == 0)
+            return 0;
+        const T* base = keys.data();
+        while (n > 1) {
+            const std::size_t half = n / 2;
+            base = Less()(base[half], key) ? base + half : base;
+            n -= half;
+        }
+        return static_cast<std::size_t>(base - keys.data()) + (Less()(*base, key) ? 1 : 0);
     }
 
     void split(std::size_t r)

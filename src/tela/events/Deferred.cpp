@@ -18,11 +18,11 @@ void send_wrapper(Qv::Ptr<FunctionWrapper> wrapper, Canvas* canvas, const String
 {
     Event event;
     event.type = EventType::MESSAGE;
-    event.handler = wrapper.get();
     event.canvas = canvas;
-    event.m_data = std::move(wrapper); // the sender's reference becomes the event's
     event.message(id);
-    event_send(&event, checkTarget);
+    // The wrapper is the handler and the payload; the sender's reference
+    // becomes the event's.
+    event_send_owning(&event, std::move(wrapper), checkTarget);
 }
 
 std::function<void()> running(Qv::Ptr<iExecutableAction> action)
@@ -31,6 +31,18 @@ std::function<void()> running(Qv::Ptr<iExecutableAction> action)
 }
 
 } // namespace
+
+static_assert(sizeof(FunctionWrapper) <= OWNED_HANDLER_BLOCK, "a wrapper's block should come from the queue's pool");
+
+void* FunctionWrapper::operator new(std::size_t bytes)
+{
+    return event_owned_handler_allocate(bytes);
+}
+
+void FunctionWrapper::operator delete(void* block, std::size_t bytes) noexcept
+{
+    event_owned_handler_release(block, bytes);
+}
 
 EventHandler::eResult FunctionWrapper::handleEvent(const Event&)
 {

@@ -49,10 +49,14 @@ private:
 };
 
 // The handler a deferred function is sent to: any event runs the function.
+// Its storage is the queue's, which reuses the blocks of delivered actions.
 class FunctionWrapper : public EventHandler {
 public:
     explicit FunctionWrapper(std::function<void()> function) : m_function(std::move(function)) {}
     eResult handleEvent(const Event& event) override;
+
+    static void* operator new(std::size_t bytes);
+    static void operator delete(void* block, std::size_t bytes) noexcept;
 
 private:
     std::function<void()> m_function;

@@ -98,6 +98,9 @@ struct Event {
     // The queue's link the other way, to the next newer event, which lets the
     // oldest event be taken without walking the queue.
     Event* newer = nullptr;
+    // The queue's mark on a queued event whose payload is its own handler (a
+    // deferred action and its wrapper), set only by event_send_owning.
+    bool ownsHandler = false;
 };
 
 // Classification. The pointer forms are false for null.

@@ -14,6 +14,8 @@
 
 #include <atomic>
 #include <climits>
+#include <mutex>
+#include <new>
 #include <utility>
 
 namespace {
@@ -111,6 +113,45 @@ private:
     std::size_t m_used = 0;
 };
 
+// Blocks of OWNED_HANDLER_BLOCK bytes for the handlers queued events own. The
+// free blocks are kept in an array rather than threaded through the blocks,
+// so that taking one does not read the block, which was last touched by the
+// thread that freed it. Its own lock, not the queue's: senders take a block
+// before they send; and a cache line of its own, away from the queue's
+// fields, which the queue lock's holder is writing. Like the pool of event
+// records, it only grows: it holds at most as many blocks as were ever in use
+// at once.
+class alignas(64) HandlerBlocks {
+public:
+    void* take()
+    {
+        {
+            std::lock_guard<std::mutex> guard(m_lock);
+            if (!m_free.empty()) {
+                void* block = m_free.back();
+                m_free.pop_back();
+                return block;
+            }
+        }
+        return Qv::allocate(OWNED_HANDLER_BLOCK);
+    }
+
+    void give(void* block) noexcept
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        try {
+            m_free.push_back(block);
+            return;
+        } catch (const std::bad_alloc&) {
+        }
+        Qv::release(block); // no room to keep it: back to the heap
+    }
+
+private:
+    std::mutex m_lock;
+    Qv::Vector<void*> m_free;
+};
+
 // The queue is doubly linked: `next` runs towards the oldest event, `newer`
 // back towards the head. Taking the oldest event and unlinking any event are
 // therefore constant time; the walks that must look at every event (flush,
@@ -125,6 +166,17 @@ private:
 // and which is the client of no counted canvas, has nothing queued: its flush
 // need not walk, which keeps each delivered deferred action (whose wrapper
 // dies with it) from walking the whole queue.
+//
+// An event whose payload is its own handler (a deferred action: the event
+// owns its wrapper; its sender says so, and the event carries ownsHandler)
+// is counted only in `owning`, not under its handler. Such an event keeps its
+// handler alive, so a dying handler can have none queued; counting them under
+// their handlers would put one entry per action in `targets`, and with many
+// actions queued every send and receive would miss the cache on a table of
+// that size. The one place that drops the payload of a queued event,
+// event_replace_queued_data, counts the event under its handler first, so the
+// death that follows still finds it. A flush for a live handler cannot rule
+// them out by its pointers, and walks while any is queued.
 struct Queue {
     CriticalSection lock; // "event queue lock"
     Event* head = nullptr; // newest
@@ -132,7 +184,9 @@ struct Queue {
     PointerCounts targets;
     PointerCounts senders;
     PointerCounts routed;
+    std::size_t owning = 0;  // live queued events whose payload is their handler
     std::uint64_t steps = 0; // events looked at by walks, for event_queue_steps
+    HandlerBlocks ownedHandlerBlocks;
 };
 
 Queue& queue()
@@ -156,7 +210,9 @@ void ensure_initialised()
 // Called with the lock held, for an event that is or was live.
 void count_in(Queue& q, const Event* event)
 {
-    if (event->handler)
+    if (event->ownsHandler)
+        ++q.owning;
+    else if (event->handler)
         q.targets.add(event->handler);
     else if (event->canvas)
         q.routed.add(event->canvas);
@@ -166,7 +222,9 @@ void count_in(Queue& q, const Event* event)
 
 void count_out(Queue& q, const Event* event)
 {
-    if (event->handler)
+    if (event->ownsHandler)
+        --q.owning;
+    else if (event->handler)
         q.targets.remove(event->handler);
     else if (event->canvas)
         q.routed.remove(event->canvas);
@@ -222,8 +280,12 @@ void clear_sender(Queue& q, Event* event)
 
 // Called with the lock held. Whether anything live in the queue may name the
 // handler as target or as sender; false means a flush for it has nothing to do.
-bool may_name(const Queue& q, EventHandler* handler)
+// A dying handler is the payload of no queued event, so only a live one need
+// think of the events that own their handlers.
+bool may_name(const Queue& q, EventHandler* handler, bool dying)
 {
+    if (!dying && q.owning != 0)
+        return true;
     if (q.targets.count(handler) != 0 || q.senders.count(static_cast<iObject*>(handler)) != 0)
         return true;
     bool found = false;
@@ -267,7 +329,9 @@ bool event_queue_initialised()
     return s_initialised.load(std::memory_order_acquire);
 }
 
-void event_send(Event* event, bool checkTarget)
+namespace {
+
+void send(Event* event, bool checkTarget, bool ownsHandler)
 {
     if (!event || (!event->canvas && !event->handler))
         return;
@@ -282,8 +346,26 @@ void event_send(Event* event, bool checkTarget)
         delete replaced;
     }
     copy->coalescable = (copy->type & EventType::MOUSE_CLASS) != 0;
+    copy->ownsHandler = ownsHandler;
     link_at_head(q, copy);
     wake_main_thread();
+}
+
+} // namespace
+
+void event_send(Event* event, bool checkTarget)
+{
+    send(event, checkTarget, false);
+}
+
+void event_send_owning(Event* event, Qv::Ptr<EventHandler> handler, bool checkTarget)
+{
+    if (!event || !handler)
+        return;
+    // Both set here, so that the mark is true by construction.
+    event->handler = handler.get();
+    event->m_data = std::move(handler);
+    send(event, checkTarget, true);
 }
 
 void event_send_idempotent(Event* event, bool replace)
@@ -317,6 +399,7 @@ void event_send_idempotent(Event* event, bool replace)
     }
     Event* copy = new Event(*event);
     copy->coalescable = false;
+    copy->ownsHandler = false;
     link_at_head(q, copy);
     wake_main_thread();
 }
@@ -408,14 +491,16 @@ void event_flush(Canvas* canvas, int mask, bool keepPairs)
     }
 }
 
-void event_flush(EventHandler* handler, int mask, bool keepPairs)
+namespace {
+
+void flush_handler(EventHandler* handler, int mask, bool keepPairs, bool dying)
 {
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock);
     // Nothing live names it: the walk would change nothing. Both flushes of a
     // dying handler come here; each still takes the lock, so the second still
     // waits for a checked send that found the handler registered.
-    if (handler && !may_name(q, handler))
+    if (handler && !may_name(q, handler, dying))
         return;
     bool spared = false;
     iObject* identity = handler;
@@ -444,12 +529,37 @@ void event_flush(EventHandler* handler, int mask, bool keepPairs)
     }
 }
 
+} // namespace
+
+void event_flush(EventHandler* handler, int mask, bool keepPairs)
+{
+    flush_handler(handler, mask, keepPairs, false);
+}
+
 void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*))
 {
     Queue& q = queue();
     CriticalSection::Guard guard(q.lock); // re-entrant: the flush takes it again
-    event_flush(handler, 0, false);
+    flush_handler(handler, 0, false, true);
     leave(handler);
+}
+
+void* event_owned_handler_allocate(std::size_t bytes)
+{
+    void* block = bytes <= OWNED_HANDLER_BLOCK ? queue().ownedHandlerBlocks.take() : Qv::allocate(bytes);
+    if (!block)
+        throw std::bad_alloc();
+    return block;
+}
+
+void event_owned_handler_release(void* block, std::size_t bytes)
+{
+    if (!block)
+        return;
+    if (bytes <= OWNED_HANDLER_BLOCK)
+        queue().ownedHandlerBlocks.give(block);
+    else
+        Qv::release(block);
 }
 
 bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data)
@@ -459,7 +569,17 @@ bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* c
     for (Event* queued = q.head; queued; queued = queued->next) {
         ++q.steps;
         if (queued->type == type && queued->canvas == canvas && queued->msg().view() == name.view()) {
-            queued->data(data);
+            // Counted again under the new payload before the old one goes, so
+            // that a handler the old one owned finds this event when it dies
+            // of it. The old payload dies here, under the lock.
+            const bool live = queued->type != 0;
+            if (live)
+                count_out(q, queued);
+            Qv::Ptr<iObject> old = std::move(queued->m_data);
+            queued->m_data = data;
+            queued->ownsHandler = false;
+            if (live)
+                count_in(q, queued);
             return true;
         }
     }

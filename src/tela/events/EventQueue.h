@@ -28,6 +28,17 @@ struct Event;
 // and a handler, or (with checkTarget) for a target that is not alive, the
 // event is dropped silently.
 void event_send(Event* event, bool checkTarget);
+// As event_send, with `handler` as both the event's handler and its payload:
+// the queued event alone keeps the handler alive (a deferred action's
+// wrapper), and the queue needs less bookkeeping for it.
+void event_send_owning(Event* event, Qv::Ptr<EventHandler> handler, bool checkTarget);
+// Storage for such handlers. One is made on any thread and dies on the main
+// one, soon after its event: the general heap serves that pattern poorly, so
+// the queue keeps their blocks for reuse, as the pool does event records.
+// Blocks up to OWNED_HANDLER_BLOCK bytes are pooled; larger ones go to the heap.
+constexpr std::size_t OWNED_HANDLER_BLOCK = 96;
+void* event_owned_handler_allocate(std::size_t bytes); // throws std::bad_alloc
+void event_owned_handler_release(void* block, std::size_t bytes);
 // As event_send, but a message (0x4001, 0x4002) already queued for the same
 // target with the same name is kept (replace false) or replaced and moved to
 // the back of the line (replace true).
