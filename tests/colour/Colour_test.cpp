@@ -113,14 +113,14 @@ TEST(Colour, ChannelsOfAnyValueNeverBreakPacking)
 
 TEST(Gamma, TheInverseKeepsItsLiteralExponentAndStartUpRestoresTheCurve)
 {
-    vlib_setGamma(2.2);
+    vlibGamma = 2.2;
     const Colour inverse = vlib_rgbcol_inverse(Colour(0.5, 1, 0, true));
     EXPECT_NEAR(inverse.r, std::pow(0.5, 2.37) / 0.6, 1e-6);
     EXPECT_NEAR(vlib_gammaCorrect(1.0), std::pow(0.6, 1 / 2.2), 1e-12);
 
     vlib_screen()->x2 = 5;
     vlib_init();
-    EXPECT_EQ(vlib_gamma(), 2.37);
+    EXPECT_EQ(vlibGamma, 2.37);
     EXPECT_EQ(*vlib_screen(), (Qv::Box<int, Qv::BottomUpTraits>{0, 0, 1023, 767}));
 }
 

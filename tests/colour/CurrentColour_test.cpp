@@ -57,7 +57,7 @@ TEST_F(CurrentColourTest, TheRingKeepsFourColoursAndAHitDoesNotRefreshOne)
     tela_setrgbcol(0.4, 0.4, 0.4, false);
     tela_setrgbcol(0.5, 0.5, 0.5, false);
     tela_setrgbcol(0.6, 0.6, 0.6, false); // the ring is full
-    vlib_setGamma(1.0);
+    vlibGamma = 1.0;
     tela_setrgbcol(0.3, 0.3, 0.3, false);
     EXPECT_EQ(tela_getcolour(), first);
     tela_setrgbcol(0.3, 0.3, 0.3, true); // another flag is another entry

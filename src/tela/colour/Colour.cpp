@@ -299,7 +299,7 @@ Colour config_colour(const char* key, double r, double g, double b, bool bypass)
     Colour colour(r, g, b, bypass);
     if (!key)
         return colour;
-    const String text = config_string(key, String());
+    const String text = GlobalConfig().getValue(key, String());
     double channels[3];
     if (!isEssentiallyEmpty(text) && parse_three(text.c_str(), channels))
         colour.setrgb(channels[0], channels[1], channels[2], bypass);

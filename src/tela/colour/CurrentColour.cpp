@@ -51,7 +51,7 @@ CurrentColour s_current;
 double read_back(int packed, int shift)
 {
     const auto byte = static_cast<unsigned>(packed) >> shift & 0xFFu;
-    return READ_BACK_FACTOR * std::pow(byte / 255.0, vlib_gamma());
+    return READ_BACK_FACTOR * std::pow(byte / 255.0, vlibGamma);
 }
 
 void ensure_rgb_view()

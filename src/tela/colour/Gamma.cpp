@@ -10,7 +10,6 @@ namespace {
 // Start-up sets the same value; holding it from the first instant lets
 // colours made before the application exists pack the same way.
 constexpr double STANDARD_GAMMA = 2.37;
-double s_gamma = STANDARD_GAMMA;
 bool s_initialised = false;
 
 constexpr Qv::Box<int, Qv::BottomUpTraits> STANDARD_SCREEN {0, 0, 1023, 767};
@@ -20,7 +19,7 @@ Qv::Box<int, Qv::BottomUpTraits> s_screen = STANDARD_SCREEN;
 
 double curve(double c)
 {
-    return std::pow(c * 0.6, 1.0 / s_gamma);
+    return std::pow(c * 0.6, 1.0 / vlibGamma);
 }
 
 int channel_byte(double c)
@@ -34,19 +33,11 @@ int channel_byte(double c)
 
 } // namespace
 
-double vlib_gamma()
-{
-    return s_gamma;
-}
-
-void vlib_setGamma(double gamma)
-{
-    s_gamma = gamma;
-}
+double vlibGamma = STANDARD_GAMMA;
 
 void vlib_init()
 {
-    s_gamma = STANDARD_GAMMA;
+    vlibGamma = STANDARD_GAMMA;
     s_screen = STANDARD_SCREEN;
     s_initialised = true;
 }

@@ -25,9 +25,8 @@ Colour vlib_rgbcol_inverse(const Colour& c);
 // The constant screen box (0, 0, 1023, 767) the path API measures against.
 Qv::Box<int, Qv::BottomUpTraits>* vlib_screen();
 
-// The exponent of the forward curve; start-up sets it.
-double vlib_gamma();
-void vlib_setGamma(double gamma);
+// The exponent of the forward curve; start-up sets it. Main thread only.
+extern double vlibGamma;
 
 // Start-up: the exponent to 2.37 and the screen box to (0, 0, 1023, 767),
 // whatever they were. Shut-down forgets that the tables were set up, so a

@@ -99,6 +99,12 @@ String config_string(const char* key, const String& defaultValue)
     return lookup(key, value) ? value : defaultValue;
 }
 
+RegistryConfig& GlobalConfig()
+{
+    static RegistryConfig registry;
+    return registry;
+}
+
 void Qv::reloadConfigurationFrom(std::string_view directory)
 {
     ConfigurationFile& file = configuration();

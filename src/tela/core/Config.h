@@ -20,6 +20,15 @@ double config_double(const char* key, double defaultValue);
 // The text stored under `key`, or `defaultValue` when it is missing or not text.
 String config_string(const char* key, const String& defaultValue);
 
+// The configuration seen as a registry of named values, the form the
+// library's older modules read it in. One registry, GlobalConfig(), over the
+// same file; it holds no state of its own.
+class RegistryConfig {
+public:
+    String getValue(const char* key, const String& defaultValue) const { return config_string(key, defaultValue); }
+};
+RegistryConfig& GlobalConfig();
+
 namespace Qv {
 // Test hook: forgets what was read, so the next lookup reads
 // `directory`/config.json (an empty directory: the usual place again).
