@@ -123,6 +123,15 @@ private:
 // at once.
 class alignas(64) HandlerBlocks {
 public:
+    HandlerBlocks() = default;
+    HandlerBlocks(const HandlerBlocks&) = delete;
+    HandlerBlocks& operator=(const HandlerBlocks&) = delete;
+    ~HandlerBlocks()
+    {
+        for (void* block : m_free)
+            Qv::release(block);
+    }
+
     void* take()
     {
         {
