@@ -78,6 +78,18 @@ Canvas* panel(Canvas* parent, int left, int top, int width, int height, int colo
     return c;
 }
 
+// A soft dark band under a panel's edges. It is drawn in composited frames
+// only: a window on the host road copies buffers and shows no shadows.
+void cast_shadow(Canvas* c, std::uint16_t size, float opacity, std::uint32_t edges = SurroundParams::ALL_EDGES)
+{
+    SurroundParams shadow;
+    shadow.size = size;
+    shadow.opacity = opacity;
+    shadow.edges = edges;
+    shadow.colour = Colour(0.0, 0.0, 0.05, true);
+    c->setEdgeEffect(shadow);
+}
+
 // A client that hands the events it is given to a function.
 class Reacting final : public CanvasClient {
 public:
@@ -183,6 +195,7 @@ private:
 
         // Two pages share the content frame; the sidebar brings one to the top.
         Canvas* content = top_level(root, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
+        cast_shadow(content, 10, 0.45f);
         m_cards_page = panel(content, 176, 16, 448, 260, packed(250, 250, 252), makeCurvedRegion({448, 260}, 15, eLargeCorners));
         m_shapes_page = panel(content, 176, 16, Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT, packed(0, 0, 0),
                               makeCurvedRegion({Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT}, 15, eLargeCorners));
@@ -202,7 +215,9 @@ private:
         }
         Canvas* glass = top_level(root, 300, 200, 260, 150, packed(255, 255, 255));
         glass->setOpacity(0.6);
+        cast_shadow(glass, 8, 0.3f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
         Canvas* status = top_level(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
+        cast_shadow(status, 6, 0.35f);
         // The marker runs along the status bar, one step a tick.
         Canvas* marker = panel(status, 196, 364, 40, 8, packed(120, 200, 255));
         marker->interest |= EventType::TIMER_CLASS;

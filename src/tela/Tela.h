@@ -29,6 +29,7 @@
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
+#include "tela/render/DrawingHelpers.h"
 #include "tela/state/TelaState.h"
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Regions.h"

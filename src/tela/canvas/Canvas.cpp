@@ -54,7 +54,7 @@ Canvas::Canvas(const Canvas& other) : Qv::InternalRefCount(other), iVirtual(othe
 // the new field here (or say here why a copy must not take it), then update
 // the number. It is the size on 64-bit Linux with libstdc++, where we build.
 #if defined(__LP64__) && defined(__GLIBCXX__)
-static_assert(sizeof(Canvas) == 632, "Canvas changed: copy the new field in Canvas::operator=, then update this size");
+static_assert(sizeof(Canvas) == 640, "Canvas changed: copy the new field in Canvas::operator=, then update this size");
 #endif
 
 Canvas& Canvas::operator=(const Canvas& other)

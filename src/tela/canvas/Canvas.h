@@ -115,8 +115,12 @@ public:
     double getOpacity() const { return opacity; }
     void setDrawMethod(DrawMethod method) { drawMethod = method; }
     DrawMethod getDrawMethod() const { return drawMethod; }
+    // Stores the shadow band; nothing is marked dirty, so it shows from the next frame.
     void setEdgeEffect(const SurroundParams& params) { edgeEffect = params; }
     const SurroundParams& getEdgeEffect() const { return edgeEffect; }
+    // Draws the band outside the shape into a composited frame, as one batch of
+    // shader rectangles cut to the root window; leaves the renderer unclipped.
+    void renderEdgeEffects(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer);
 
     // Drawing brackets, forwarded to the embedded renderer; nested pairs
     // flush only at the outermost end.

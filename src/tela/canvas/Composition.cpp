@@ -2,6 +2,7 @@
 
 #include "tela/canvas/Canvas.h"
 #include "tela/platform/GraphicPrimitives.h"
+#include "tela/render/EdgeEffects_private.h"
 #include "tela/state/TelaState.h"
 #include "tela/vector/Regions.h"
 
@@ -68,8 +69,12 @@ void tela_compose_canvas(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& re
         return;
     Qv::Box<int> box;
     canvas->shape()->getBox(box);
-    if (road == DisplayRoad::Composited)
+    if (road == DisplayRoad::Composited) {
+        // The shadow goes under the canvas. The host road has none: its blits
+        // copy buffers and never paint outside a canvas's own area.
+        tela_render_edge_effects(*canvas, *renderer, origin);
         compose_as_frame(*canvas, *renderer, origin, box);
+    }
     else
         compose_as_blit(*canvas, *renderer, origin, box);
 }

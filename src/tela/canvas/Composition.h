@@ -15,8 +15,10 @@ class Canvas;
 
 // Lays the buffer of heavyweight `canvas` over the target of `renderer`, whose
 // top-left pixel shows window point `origin`, as a window on `road` shows it:
-// - Composited: a rectangular canvas below full opacity goes through the
-//   "InFront" shader at its opacity. Any other is laid at full strength over
+// - Composited: the canvas's edge effects first (Canvas::renderEdgeEffects),
+//   so that a copy of the window shows the shadows a frame shows. Then a
+//   rectangular canvas below full opacity goes through the "InFront" shader
+//   at its opacity. Any other is laid at full strength over
 //   its shape's box, by its own alpha with useAlphaChannel (and then not cut
 //   to its shape), cut to its shape without. A shaped canvas's opacity is
 //   therefore not applied on this road.
