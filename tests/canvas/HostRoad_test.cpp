@@ -175,6 +175,25 @@ TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
     tela_deletecanvas(root);
 }
 
+TEST_P(DisplayRoads, ACanvasThatOnlyItsOwnChildCoversStillShowsTheChild)
+{
+    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
+    const auto sink = Qv::make<PaintForwarder>();
+    iRootWindow::InitArgs args;
+    args.size = {60, 40};
+    args.eventHandler = sink;
+    RootCanvas* root = tela_createRootCanvas(args);
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    ASSERT_NE(root, nullptr);
+    sink->root = root;
+    // A page filling its frame exactly, as a tab of a dialogue does.
+    Canvas* frame = painted(root, 10, 10, 40, 20, 0xFFC03030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
+    painted(frame, 10, 10, 40, 20, 0xFF30C030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(root->window)->pixels()->pixelAt(30, 20), 0xFF30C030u);
+    tela_deletecanvas(root);
+}
+
 TEST(RootCanvas, ATallerWindowKeepsCanvasesAtTheirDistanceFromTheTop)
 {
     const auto wallpaper = Qv::make<CheckerWallpaper>();

@@ -95,8 +95,12 @@ void RootCanvas::drawBackground(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer)
 void RootCanvas::displaySubtree(Canvas* first, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer)
 {
     for (Canvas* c = first; c; c = c->youngerSibling) {
-        // Unmapped or wholly covered: skipped with everything on it.
-        if (!c->mapped || !c->visibleRegion())
+        // Unmapped or wholly covered: skipped with everything on it. A canvas
+        // that only its own children cover is not hidden: they show, and so
+        // does what it draws outside its shape (its shadow).
+        if (!c->mapped)
+            continue;
+        if (!c->visibleRegion() && !(c->oldestChild && canvupd_uncovered_region(c)))
             continue;
         c->display(renderer);
         displaySubtree(c->oldestChild, renderer);

@@ -475,6 +475,12 @@ void canvupd_flush(Canvas* canvas, Tela::VisibleRegions& regions)
 
 RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
 {
+    const RegionPtr uncovered = canvupd_uncovered_region(canvas, base);
+    return uncovered ? subtract_children(uncovered, canvas, canvas->shape()) : uncovered;
+}
+
+RegionPtr canvupd_uncovered_region(Canvas* canvas, const RegionPtr& base)
+{
     // A canvas in a loop of parents reaches no root and shows nothing; the
     // test also keeps the walks below from going round for ever.
     if (!canvas || !canvas->mapped || canvas_is_in_loop(canvas))
@@ -493,7 +499,7 @@ RegionPtr canvupd_visible_region(Canvas* canvas, const RegionPtr& base)
         for (Canvas* sibling = (*at)->youngerSibling; sibling && result; sibling = sibling->youngerSibling)
             if (sibling->mapped && is_heavyweight(sibling))
                 result = region_subtract(result, sibling->shape(), true);
-    return subtract_children(result, canvas, canvas->shape());
+    return result;
 }
 
 RegionPtr Tela::VisibleRegions::of(Canvas* canvas)

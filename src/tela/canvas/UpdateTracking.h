@@ -46,6 +46,8 @@ void canvupd_flush(Canvas* canvas, Tela::VisibleRegions& regions);
 // every ancestor, less younger heavyweight siblings along the way and the
 // children that cover it.
 Qv::Ptr<iRegion> canvupd_visible_region(Canvas* canvas, const Qv::Ptr<iRegion>& base = {});
+// The same before the canvas's own children take their part.
+Qv::Ptr<iRegion> canvupd_uncovered_region(Canvas* canvas, const Qv::Ptr<iRegion>& base = {});
 
 namespace Tela {
 
