@@ -39,7 +39,7 @@ bool Headless::FileSystem::isDirectory(const WString& path)
 
 bool Headless::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode)
 {
-    auto window = Qv::make<RootWindow>(mode, static_cast<iImageBase::eLocation>(m_default_location));
+    auto window = Qv::make<RootWindow>(mode, Headless::displayLocationFor(mode, m_default_location));
     m_last_window = window.get();
     out = window;
     return true;

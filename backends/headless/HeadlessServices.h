@@ -11,6 +11,7 @@
 #include "headless/HeadlessThreading.h"
 #include "tela/platform/iFileSystemService.h"
 #include "tela/platform/iImagingService.h"
+#include "tela/platform/iRootWindow.h"
 #include "tela/platform/iShellService.h"
 #include "tela/platform/iSystemInfo.h"
 #include "tela/platform/iWindowingService.h"
@@ -20,6 +21,15 @@
 #include <mutex>
 
 namespace Headless {
+
+// The road a new window of `mode` takes: the composited one when the mode asks
+// for it, otherwise `fallback`, the service's default.
+inline iImageBase::eLocation displayLocationFor(std::int32_t mode, int fallback)
+{
+    if (static_cast<std::uint32_t>(mode) & iRootWindow::InitArgs::MODE_COMPOSITED)
+        return iImageBase::eGPU;
+    return static_cast<iImageBase::eLocation>(fallback);
+}
 
 class RootWindow;
 

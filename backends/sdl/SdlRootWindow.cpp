@@ -73,7 +73,7 @@ bool Sdl::RootWindow::initWindow(const InitArgs& args)
     if (m_window)
         return true;
     std::uint32_t flags = SDL_WINDOW_RESIZABLE;
-    if (args.mode == 2)
+    if ((args.mode & ~iRootWindow::InitArgs::MODE_COMPOSITED) == 2)
         flags |= SDL_WINDOW_FULLSCREEN_DESKTOP;
     else if (args.maximised())
         flags |= SDL_WINDOW_MAXIMIZED;

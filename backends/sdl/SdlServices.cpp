@@ -155,7 +155,7 @@ Sdl::Services& Sdl::services()
 
 bool Sdl::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode)
 {
-    out = Qv::make<RootWindow>(mode, static_cast<iImageBase::eLocation>(m_default_location));
+    out = Qv::make<RootWindow>(mode, Headless::displayLocationFor(mode, m_default_location));
     return true;
 }
 

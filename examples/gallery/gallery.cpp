@@ -129,6 +129,8 @@ public:
         iRootWindow::InitArgs args;
         args.size = {WIDTH, HEIGHT};
         args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
+        // Composed on the GPU road, which draws the panels' shadows.
+        args.mode = 1 | iRootWindow::InitArgs::MODE_COMPOSITED;
         args.name = WString(u"Tela gallery");
         // The library's full dispatcher (key bindings, intercept filters)
         // takes over once start-up is over.

@@ -21,6 +21,8 @@ public:
 class iRootWindow : public iObject {
 public:
     struct InitArgs {
+        static constexpr std::uint32_t MODE_COMPOSITED = 4;
+
         enum : std::uint32_t { eTitleBar = 1, eMaximised = 2 };
 
         XY<int> size;                            // of the normal window; (0, 0): the platform's choice
@@ -30,7 +32,9 @@ public:
         // them a meaning.
         std::uint32_t platformValue1 = 1;
         std::uint32_t platformValue2 = 7;
-        std::uint32_t mode = 1;                  // given to createRootWindow; 2 asks for full screen
+        // Given to createRootWindow: 1 a normal window, 2 full screen; adding
+        // MODE_COMPOSITED asks for the composited display road.
+        std::uint32_t mode = 1;
         // Two more points passed on untouched for the platform.
         XY<int> platformPoint1;
         XY<int> platformPoint2;
