@@ -220,6 +220,25 @@ Qv::Ptr<iFont> Headless::createFont(const WString& family, unsigned short size, 
     return FreeTypeFont::create(family, static_cast<unsigned>(std::lround(pixels)), style);
 }
 
+void Headless::enumerateFontFamilies(Qv::Set<WString>& names, FcConfig* config)
+{
+    const Pattern pattern(FcPatternCreate());
+    FcObjectSet* const wanted = FcObjectSetBuild(FC_FAMILY, nullptr);
+    if (!pattern || !wanted)
+        return;
+    FcPatternAddBool(pattern.get(), FC_SCALABLE, FcTrue);
+    FcFontSet* const fonts = FcFontList(config, pattern.get(), wanted);
+    FcObjectSetDestroy(wanted);
+    if (!fonts)
+        return;
+    for (int font = 0; font < fonts->nfont; ++font) {
+        FcChar8* family = nullptr;
+        for (int n = 0; FcPatternGetString(fonts->fonts[font], FC_FAMILY, n, &family) == FcResultMatch; ++n)
+            names.insert(fromUTF8(reinterpret_cast<const char*>(family)));
+    }
+    FcFontSetDestroy(fonts);
+}
+
 // [SECTION] Shaping and the per-unit edges
 
 namespace {

@@ -128,6 +128,9 @@ private:
     mutable std::uint64_t m_shape_count = 0;
 };
 
+// Adds every scalable family Fontconfig knows, by each of its names, to `names`.
+void enumerateFontFamilies(Qv::Set<WString>& names, FcConfig* config = nullptr);
+
 // What both platforms' root windows give as createFont: the size is scaled by the
 // user-interface scale before it is clamped; `variant` has no meaning here.
 Qv::Ptr<iFont> createFont(const WString& family, unsigned short size, unsigned style, float ui_scale);

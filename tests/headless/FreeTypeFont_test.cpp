@@ -126,6 +126,15 @@ TEST(FreeTypeFontFace, UnknownFamilyFallsBackToDejaVuAndNoFaceAtAllGivesNoFont)
     EXPECT_EQ(reports.count("and the default face DejaVu Sans cannot be had; no font made\n"), 1);
 }
 
+TEST(FreeTypeFontFace, TheInstalledFamiliesAreListedByEveryName)
+{
+    Qv::Set<WString> names;
+    Headless::services().windowing()->enumerateFonts(names);
+    EXPECT_EQ(names.count(WString(u"DejaVu Sans")), 1u);
+    EXPECT_EQ(names.count(WString(u"DejaVu Sans Condensed")), 1u);   // a second name of a DejaVu face
+    EXPECT_EQ(names.count(WString(u"No Such Family Anywhere")), 0u);
+}
+
 TEST(FreeTypeFontFace, SizesAreClampedAndScaledByTheWindow)
 {
     EXPECT_EQ(dejavu(0)->pixels(), FreeTypeFont::MIN_PIXELS);
