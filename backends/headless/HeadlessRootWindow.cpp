@@ -1,5 +1,6 @@
 #include "headless/HeadlessRootWindow.h"
 
+#include "headless/FreeTypeFont.h"
 #include "headless/HeadlessServices.h"
 #include "headless/PngFile.h"
 
@@ -27,6 +28,7 @@ Headless::RootWindow::RootWindow(std::int32_t mode, iImageBase::eLocation locati
     : m_mode(mode)
     , m_location(location)
     , m_pixels(HostImage::create(m_size, location))
+    , m_identity(newWindowIdentity())
 {
     services().windowing()->mainLoop().registerWindow(this);
 }
@@ -121,4 +123,17 @@ bool Headless::RootWindow::snapshot(const char* path)
     if (!m_pixels)
         m_pixels = HostImage::create(m_size, iImageBase::eHostMemory);
     return m_pixels && savePng(*m_pixels, path);
+}
+
+Qv::Ptr<iFont> Headless::RootWindow::createFont(const WString& name, unsigned short size, unsigned int style,
+                                                unsigned short)
+{
+    return Headless::createFont(name, size, style, services().systemInfo()->uiScale());
+}
+
+std::uint32_t Headless::newWindowIdentity()
+{
+    // Wrapping past 2^32 windows would need 0 skipped; no process lives that long.
+    static std::atomic<std::uint32_t> last { 0 };
+    return last.fetch_add(1) + 1;
 }

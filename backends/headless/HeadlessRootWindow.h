@@ -48,6 +48,9 @@ public:
     bool dragFiles(const Qv::Vector<WString>& files) override;
     bool createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds) override;
     void invalidate(const Qv::Ptr<iRegion>& region) override;
+    Qv::Ptr<iFont> createFont(const WString& name, unsigned short size, unsigned int style,
+                              unsigned short variant) override;
+    std::uint32_t identity() const override { return m_identity; }
 
     // What tests set
     void setSize(const XY<int>& size);
@@ -96,6 +99,10 @@ private:
     InvalidArea m_invalid;
     Qv::Ptr<HostImage> m_pixels;
     std::atomic<std::uint64_t> m_wakes { 0 };
+    std::uint32_t m_identity;
 };
+
+// A new value for iRootWindow::identity, never 0; both platforms' windows draw from it.
+std::uint32_t newWindowIdentity();
 
 } // namespace Headless

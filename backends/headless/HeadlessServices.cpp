@@ -2,6 +2,7 @@
 #include "headless/SoftwareRenderer.h"
 #include "tela/core/NeverDestroyed.h"
 
+#include "headless/FreeTypeFont.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"
 #include "headless/PixmanRegion.h"
@@ -59,7 +60,7 @@ bool Headless::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect*
 
 void Headless::Windowing::enumerateFonts(Qv::Set<WString>& names)
 {
-    names.insert(WString(u"DejaVu Sans"));
+    enumerateFontFamilies(names);
 }
 
 int Headless::Windowing::runMessageLoop()

@@ -13,6 +13,7 @@
 #include "headless/SoftwareRenderer.h"
 
 #include "headless/PixmanRegion.h"
+#include "headless/TextDrawing.h"
 #include "tela/core/Log.h"
 
 #include <cairo.h>
@@ -1173,8 +1174,7 @@ void Headless::SoftwareRenderer::drawBeziers(const BezierCurveDescription* descr
 
 // [SECTION] Operations not drawn yet
 
-void Headless::SoftwareRenderer::drawTexts(const TextDescription*, unsigned count)
+void Headless::SoftwareRenderer::drawTexts(const TextDescription* descriptions, unsigned count)
 {
-    if (count)
-        report_once(Report::Texts);
+    Headless::drawTexts(m_target, descriptions, count);   // TextDrawing.cpp
 }

@@ -23,8 +23,8 @@
 // clip's rectangles itself and writes whole cache lines with streaming stores.
 // "InFront" (an image times an opacity over the destination) runs on the CPU through
 // the same blit. Cairo rasterises the rest: ellipses, rounded rectangles, slanted lines,
-// strips and Beziers, always laid over the destination. Texts and the other shader
-// effects are reported once per operation ("not drawn yet: drawTexts") and skipped.
+// strips and Beziers, always laid over the destination. Texts are drawn by TextDrawing.
+// The other shader effects are reported once per operation and skipped.
 //
 // What each description means here, where the library leaves it to the renderer:
 // - Rectangles: blendMode 0 replaces the pixels, 1 and every other value lays the colour

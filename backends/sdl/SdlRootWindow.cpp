@@ -1,5 +1,7 @@
 #include "sdl/SdlRootWindow.h"
 
+#include "headless/FreeTypeFont.h"
+#include "headless/HeadlessRootWindow.h"
 #include "sdl/SdlServices.h"
 #include "tela/core/Log.h"
 
@@ -43,6 +45,7 @@ Sdl::RootWindow::RootWindow(std::int32_t mode, iImageBase::eLocation location)
     : m_mode(mode)
     , m_location(location)
     , m_frame(Headless::HostImage::create(m_size, location))
+    , m_identity(Headless::newWindowIdentity())
 {
 }
 
@@ -243,4 +246,10 @@ void Sdl::RootWindow::present()
     SDL_BlitSurface(source, nullptr, screen, nullptr);
     SDL_FreeSurface(source);
     SDL_UpdateWindowSurface(m_window);
+}
+
+Qv::Ptr<iFont> Sdl::RootWindow::createFont(const WString& name, unsigned short size, unsigned int style,
+                                           unsigned short)
+{
+    return Headless::createFont(name, size, style, services().systemInfo()->uiScale());
 }

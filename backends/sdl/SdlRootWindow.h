@@ -52,6 +52,9 @@ public:
     bool dragFiles(const Qv::Vector<WString>& files) override;
     bool createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds) override;
     void invalidate(const Qv::Ptr<iRegion>& region) override;
+    Qv::Ptr<iFont> createFont(const WString& name, unsigned short size, unsigned int style,
+                              unsigned short variant) override;
+    std::uint32_t identity() const override { return m_identity; }
 
     // For the main loop
     std::uint32_t windowId() const { return m_window_id; }
@@ -92,6 +95,7 @@ private:
     std::atomic<std::uint64_t> m_pending_wakes { 0 };
     bool m_dropping = false;
     Qv::Vector<WString> m_dropped;
+    std::uint32_t m_identity;
 };
 
 } // namespace Sdl

@@ -423,23 +423,6 @@ TEST(SoftwareRendererShader, InactiveOrUnknownEffectsLeaveThePixelsAlone)
     EXPECT_EQ(Headless::SoftwareRenderer::findShader("NoSuchEffect"), nullptr);
 }
 
-TEST(SoftwareRendererReports, OperationsNotDrawnYetAreToldOnceEachAndDrawingCarriesOn)
-{
-    ReportCapture reports;
-    Headless::SoftwareRenderer::forgetReportedOperations();
-    const Qv::Ptr<Headless::HostImage> target = image_of(2, 1, Pixels(2, 0));
-    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
-    const TextDescription text;
-    renderer->drawTexts(&text, 1);
-    renderer->drawTexts(&text, 1);
-    renderer->drawTexts(nullptr, 0);   // nothing asked, nothing told
-    EXPECT_EQ(reports.count("not drawn yet: drawTexts\n"), 1);
-
-    const RectDescription rect({ 0, 0, 2, 1 }, NormalisedRGB(0.0f, 1.0f, 0.0f));
-    renderer->drawRects(&rect, 1);
-    EXPECT_EQ(target->pixelAt(1, 0), 0xff00ff00u);
-}
-
 TEST(SoftwareRendererLifetime, TheTargetStaysLockedWhileARendererLivesAndNothingLeaks)
 {
     const std::int64_t blocks_before = live_blocks();

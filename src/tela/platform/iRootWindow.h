@@ -6,6 +6,7 @@
 #include "tela/core/Ptr.h"
 #include "tela/platform/Geometry.h"
 #include "tela/platform/iEventHandler.h"
+#include "tela/platform/iFont.h"
 #include "tela/platform/iGraphicPrimitivesRenderer.h"
 #include "tela/platform/iImage.h"
 #include "tela/platform/iRegion.h"
@@ -68,4 +69,11 @@ public:
     virtual bool dragFiles(const Qv::Vector<WString>& files) = 0;
     virtual bool createPeriodicTimer(Qv::Ptr<iPeriodicTimer>& out, std::uint32_t milliseconds) = 0;
     virtual void invalidate(const Qv::Ptr<iRegion>& region) = 0;   // window coordinates; null is all
+    // A new font of the family `name`, `size` pixels to the em; style bit 0 bold, bit 1
+    // italic. Null when no face can be had. `variant` is the platform's own.
+    virtual Qv::Ptr<iFont> createFont(const WString& name, unsigned short size, unsigned int style,
+                                      unsigned short variant) = 0;
+    // Tells this window from every other root window of the process, for the fonts kept
+    // per window; never 0, which stands for no window.
+    virtual std::uint32_t identity() const = 0;
 };
