@@ -121,8 +121,10 @@ float share_of(int pixel, double low, double high)
 float edge_cover(float distance, float inverse_softness)
 {
     // A ramp centred on the edge: as much of it falls outside as inside, so the shape
-    // keeps its area whatever the softness.
-    return std::clamp(0.5f - distance * inverse_softness, 0.0f, 1.0f);
+    // keeps its area whatever the softness. A distance that is not a number (a shape
+    // too thin for floats) covers nothing.
+    const float cover = 0.5f - distance * inverse_softness;
+    return cover > 0.0f ? std::min(cover, 1.0f) : 0.0f;
 }
 
 struct EllipseShape {
@@ -225,7 +227,7 @@ struct RoundedRectangleProgram {
 // continuous with its slope, so a band and its corner meet without a crease.
 float fade(float distance)
 {
-    const float rest = 1.0f - std::min(distance, 1.0f);
+    const float rest = 1.0f - (distance < 1.0f ? distance : 1.0f);   // NaN is far away
     return rest * rest;
 }
 

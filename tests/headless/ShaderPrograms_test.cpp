@@ -328,6 +328,18 @@ TEST(ShaderPrograms, NothingReachesOutsideTheClipWhateverTheParameters)
             }
         }
     EXPECT_NE(image->pixelAt(8, 32), CLEAR);   // the effects did reach the clip
+
+    // Shapes thinner than a float can measure leave a valid premultiplied pixel.
+    renderer->setClip(nullptr);
+    std::vector<ShaderRectDescription> thin;
+    for (const char* name : { "Ellipse", "RoundedRectangle", "ShadowC" }) {
+        thin.push_back(shader_over(name, { 0.0f, 0.0f, 1e-30f, 1e-30f }));
+        thin.back().addParam("Softness", 1e-30f);
+    }
+    renderer->drawShaderRects(thin.data(), unsigned(thin.size()));
+    const std::uint32_t corner = image->pixelAt(0, 0);
+    for (const int shift : { 0, 8, 16 })
+        EXPECT_LE(corner >> shift & 255, alpha(corner)) << std::hex << corner;
 }
 
 // Draws every effect into a PNG for a person to look at: set TELA_SHADER_SCENE_PNG to
