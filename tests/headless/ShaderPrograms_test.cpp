@@ -4,13 +4,11 @@
 // their joins, and bad input against the clip.
 
 #include "headless/PixmanRegion.h"
-#include "headless/PngFile.h"
 #include "headless/SoftwareRenderer.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -340,31 +338,4 @@ TEST(ShaderPrograms, NothingReachesOutsideTheClipWhateverTheParameters)
     const std::uint32_t corner = image->pixelAt(0, 0);
     for (const int shift : { 0, 8, 16 })
         EXPECT_LE(corner >> shift & 255, alpha(corner)) << std::hex << corner;
-}
-
-// Draws every effect into a PNG for a person to look at: set TELA_SHADER_SCENE_PNG to
-// the path. Checks only that the scene can be written.
-TEST(ShaderPrograms, EveryEffectInOnePicture)
-{
-    const char* const path = std::getenv("TELA_SHADER_SCENE_PNG");
-    if (!path)
-        GTEST_SKIP() << "set TELA_SHADER_SCENE_PNG to write the scene";
-    const Qv::Ptr<Headless::HostImage> image = filled_image(320, 200, 0xfff4f4f4);
-    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
-    const ShaderRectDescription shapes[] = {
-        soft_ellipse({ 10, 10, 90, 60 }, 1.0f, 1.0f, INK, WARM),
-        soft_ellipse({ 100, 10, 150, 60 }, 3.0f, 1.0f, INK, TRANSPARENT),
-        soft_ellipse({ 160, 10, 240, 60 }, 4.0f, 2.0f, INK, WARM),
-        soft_ellipse({ 250, 10, 310, 60 }, 0.0f, 1.0f, WARM, WARM),
-        soft_rounded({ 10, 70, 110, 110 }, 12.0f, 2.0f, INK, WARM),
-        soft_rounded({ 120, 70, 240, 110 }, 8.0f, 0.0f, INK, INK),
-        soft_rounded({ 250, 70, 310, 110 }, 20.0f, 3.0f, INK, TRANSPARENT),
-    };
-    renderer->drawShaderRects(shapes, unsigned(std::size(shapes)));
-    const RectDescription panel({ 40, 130, 280, 180 }, NormalisedRGB(1, 1, 1));
-    renderer->drawRects(&panel, 1);
-    const std::vector<ShaderRectDescription> shadow
-        = shadow_around({ 40, 130, 280, 180 }, 14, NormalisedRGB(0.0f, 0.0f, 0.0f, 0.5f));
-    renderer->drawShaderRects(shadow.data(), unsigned(shadow.size()));
-    EXPECT_TRUE(Headless::savePng(*image, path));
 }
