@@ -2,7 +2,9 @@
 // into the same pixels with the libraries underneath: 100,000 small
 // rectangles against pixman, 10,000 antialiased ellipses against Cairo. The
 // ratio is what the library's layer costs: describing, flipping, clipping
-// and reporting the damage.
+// and reporting the damage. The same ellipses once more on the shader road (a
+// soft ellipse computed per pixel) against the plain road (the renderer's
+// antialiased ellipse) tell what the soft edges cost.
 
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasGeometry.h"
@@ -15,6 +17,7 @@
 #include "tela/state/TelaState.h"
 
 #include "headless/HostImage.h"
+#include "headless/SoftwareRenderer.h"
 
 #include <benchmark/benchmark.h>
 #include <cairo.h>
@@ -27,10 +30,14 @@ namespace {
 constexpr int WIDTH = 1024, HEIGHT = 768;
 constexpr int RECTANGLES = 100000, ELLIPSES = 10000;
 
-// One opaque canvas covering a window, as a panel's content does.
+enum class Shaders { Used, Hidden };
+
+// One opaque canvas covering a window, as a panel's content does. With shaders
+// hidden, its renderer draws ellipses with the renderer's plain primitive.
 struct Scene {
-    Scene()
+    explicit Scene(Shaders shaders = Shaders::Used)
     {
+        Headless::SoftwareRenderer::hideCaps(shaders == Shaders::Hidden ? iGraphicPrimitivesRenderer::CAP_SHADERS : 0);
         iRootWindow::InitArgs args;
         args.size = {WIDTH, HEIGHT};
         root = tela_createRootCanvas(args);
@@ -40,6 +47,7 @@ struct Scene {
     }
     ~Scene()
     {
+        Headless::SoftwareRenderer::hideCaps(0);
         tela_state().rootWindows.clear();
         event_set_kbd_focus(nullptr);
         tela_setcanvas(nullptr);
@@ -96,9 +104,9 @@ void BM_RectanglesWithPixman(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * RECTANGLES);
 }
 
-void BM_EllipsesThroughCanvasRenderer(benchmark::State& state)
+void ellipses_through_canvas_renderer(benchmark::State& state, Shaders shaders)
 {
-    Scene scene;
+    Scene scene(shaders);
     for (auto _ : state) {
         scene.canvas->beginRender();
         CanvasRenderer& renderer = scene.canvas->getRenderer();
@@ -109,6 +117,16 @@ void BM_EllipsesThroughCanvasRenderer(benchmark::State& state)
         scene.canvas->endRender();
     }
     state.SetItemsProcessed(state.iterations() * ELLIPSES);
+}
+
+void BM_EllipsesThroughCanvasRenderer(benchmark::State& state)
+{
+    ellipses_through_canvas_renderer(state, Shaders::Hidden);
+}
+
+void BM_ShadedEllipsesThroughCanvasRenderer(benchmark::State& state)
+{
+    ellipses_through_canvas_renderer(state, Shaders::Used);
 }
 
 void BM_EllipsesWithCairo(benchmark::State& state)
@@ -144,3 +162,4 @@ BENCHMARK(BM_RectanglesThroughCanvasRenderer)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RectanglesWithPixman)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EllipsesThroughCanvasRenderer)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EllipsesWithCairo)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ShadedEllipsesThroughCanvasRenderer)->Unit(benchmark::kMillisecond);

@@ -9,10 +9,11 @@
 // [SECTION] Cairo: the context, its clip and its recovery
 // [SECTION] Ellipses and rounded rectangles
 // [SECTION] Lines, strips and Beziers
-// [SECTION] Operations not drawn yet
+// [SECTION] Texts
 #include "headless/SoftwareRenderer.h"
 
 #include "headless/PixmanRegion.h"
+#include "headless/ShaderPrograms.h"
 #include "headless/TextDrawing.h"
 #include "tela/core/Log.h"
 
@@ -128,12 +129,6 @@ private:
 // line per frame would bury everything else in the log.
 enum class Report {
     ShaderRects,
-    Texts,
-    ShaderShadowLR,
-    ShaderShadowTB,
-    ShaderShadowC,
-    ShaderRoundedRectangle,
-    ShaderEllipse,
     ShaderUnknown,
     UnreachablePixels,
     NoCairo,
@@ -143,14 +138,8 @@ enum class Report {
 };
 
 constexpr const char* REPORT_TEXT[] = {
-    "not drawn yet: drawShaderRects without a shader\n",
-    "not drawn yet: drawTexts\n",
-    "not drawn yet: drawShaderRects(ShadowLR)\n",
-    "not drawn yet: drawShaderRects(ShadowTB)\n",
-    "not drawn yet: drawShaderRects(ShadowC)\n",
-    "not drawn yet: drawShaderRects(RoundedRectangle)\n",
-    "not drawn yet: drawShaderRects(Ellipse)\n",
-    "not drawn yet: drawShaderRects with an unknown shader\n",
+    "not drawn: drawShaderRects without a shader\n",
+    "not drawn: drawShaderRects with an unknown shader\n",
     "SoftwareRenderer: an image whose pixels cannot be reached is not drawn\n",
     "SoftwareRenderer: Cairo cannot draw on this image; curves and slanted lines are skipped\n",
     "SoftwareRenderer: the clip could not be copied; curves and slanted lines are skipped\n",
@@ -269,11 +258,7 @@ void Headless::SoftwareRenderer::setClip(const Qv::Ptr<iRegion>& clip)
 
 unsigned Headless::SoftwareRenderer::getCaps() const
 {
-    // FIXME: CAP_SHADERS once all six effects run here. Until "RoundedRectangle" and
-    // "Ellipse" do, advertising it would send every ellipse and rounded rectangle down a
-    // road that draws nothing. "InFront" is drawn regardless: canvas display asks for it
-    // without looking at the capabilities.
-    return (CAP_NATIVE_BEZIERS | CAP_NATIVE_LINE_STRIPS) & ~g_hidden_caps.load();
+    return (CAP_NATIVE_BEZIERS | CAP_NATIVE_LINE_STRIPS | CAP_SHADERS) & ~g_hidden_caps.load();
 }
 
 // [SECTION] Fills
@@ -385,9 +370,16 @@ void Headless::SoftwareRenderer::drawImagesEx(const ImageDescriptionEx* descript
 
 void Headless::SoftwareRenderer::drawShaderRects(const ShaderRectDescription* descriptions, unsigned count)
 {
-    static const Report SHADER_REPORTS[] = { Report::ShaderUnknown, Report::ShaderShadowLR, Report::ShaderShadowTB,
-                                             Report::ShaderShadowC, Report::ShaderRoundedRectangle,
-                                             Report::ShaderEllipse };
+    // The programs compute only what the clip's extents let through; the clip proper
+    // is pixman's, on the target.
+    XY<int> size;
+    m_image->getSize(size);
+    TopDownRect reach { 0, 0, size.x, size.y };
+    if (m_clip_copy == ClipCopy::Held) {
+        const pixman_box32_t* const extents = pixman_region32_extents(&m_clip);
+        reach = { std::max(reach.left, extents->x1), std::max(reach.top, extents->y1),
+                  std::min(reach.right, extents->x2), std::min(reach.bottom, extents->y2) };
+    }
     for (unsigned index = 0; index < count; ++index) {
         const ShaderRectDescription& shaded = descriptions[index];
         if (!shaded.active)
@@ -396,21 +388,18 @@ void Headless::SoftwareRenderer::drawShaderRects(const ShaderRectDescription* de
             report_once(Report::ShaderRects);
             continue;
         }
-        const String name = shaded.shader->name();
-        if (name == "InFront") {
+        const ShaderProgram program = shaderProgram(shaded.shader->name());
+        if (program == ShaderProgram::InFront) {
             // The input image, times the opacity, over the destination.
             if (shaded.inputs.empty() || !shaded.inputs.front().first)
                 continue;
             const float opacity = unit_interval(shaded.floatParam("Opacity", 1.0f));
             blit(shaded.inputs.front().first, shaded.inputs.front().second, shaded.rect, true, opacity);
-            continue;
+        } else if (program == ShaderProgram::Unknown) {
+            report_once(Report::ShaderUnknown);
+        } else if (!reach.isEmpty()) {
+            m_shaders.run(program, shaded, m_target, reach);
         }
-        Report report = Report::ShaderUnknown;
-        for (std::size_t known = 1; known < std::size(KNOWN_SHADERS); ++known) {
-            if (name == KNOWN_SHADERS[known])
-                report = SHADER_REPORTS[known];
-        }
-        report_once(report);
     }
 }
 
@@ -1172,7 +1161,7 @@ void Headless::SoftwareRenderer::drawBeziers(const BezierCurveDescription* descr
     }
 }
 
-// [SECTION] Operations not drawn yet
+// [SECTION] Texts
 
 void Headless::SoftwareRenderer::drawTexts(const TextDescription* descriptions, unsigned count)
 {

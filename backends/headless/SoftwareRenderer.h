@@ -22,9 +22,10 @@
 // bigger than the cache then moves half as much again as it needs. That copy walks the
 // clip's rectangles itself and writes whole cache lines with streaming stores.
 // "InFront" (an image times an opacity over the destination) runs on the CPU through
-// the same blit. Cairo rasterises the rest: ellipses, rounded rectangles, slanted lines,
-// strips and Beziers, always laid over the destination. Texts are drawn by TextDrawing.
-// The other shader effects are reported once per operation and skipped.
+// the same blit; the other shader effects are pixel programs of their own
+// (ShaderPrograms.h). Cairo rasterises the rest: ellipses, rounded rectangles, slanted
+// lines, strips and Beziers, always laid over the destination. Texts are drawn by
+// TextDrawing. A shader of an unknown name is reported once and skipped.
 //
 // What each description means here, where the library leaves it to the renderer:
 // - Rectangles: blendMode 0 replaces the pixels, 1 and every other value lays the colour
@@ -56,6 +57,7 @@
 #pragma once
 
 #include "headless/HostImage.h"
+#include "headless/ShaderPrograms.h"
 #include "tela/platform/GraphicPrimitives.h"
 
 #include <pixman.h>
@@ -149,6 +151,7 @@ private:
     std::unique_ptr<cairo_surface_t, CairoSurfaceRelease> m_surface;
     std::unique_ptr<cairo_t, CairoRelease> m_cairo;
     bool m_cairo_clip_stale = true;   // setClip ran since Cairo last took the clip
+    ShaderPrograms m_shaders;
 };
 
 } // namespace Headless
