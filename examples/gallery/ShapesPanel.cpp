@@ -7,6 +7,7 @@
 #include "tela/colour/Palette.h"
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
+#include "tela/render/DrawingHelpers.h"
 
 namespace {
 
@@ -70,14 +71,9 @@ void rounded_rectangles(CanvasRenderer& renderer, const Palette& palette)
     outlined.thickness = 2;
     renderer.render(outlined);
 
-    // Rounded at the top left and bottom right only.
-    Tela::RoundedRectDescription tab = plain;
-    tab.box = cell(2, 1);
-    tab.fillColour = palette.warning();
-    tab.lineColour = palette.warning();
-    tab.radius = 18;
-    tab.corners = 1 | 8;
-    renderer.render(tab);
+    // A tab, rounded at the top only: corners chosen one by one are drawn as
+    // quarter ellipses and rectangles.
+    Tela::drawSquircleFilled(renderer, cell(2, 1), palette.warning(), 18, 1 | 2);
 
     Tela::RoundedRectDescription pill = plain;
     pill.box = cell(3, 1);
