@@ -3,7 +3,8 @@
 // and a small repaint of one 32x32 canvas. Then the full repaint of a window
 // whose n sibling canvases overlap, for n from 50 to 5,000: what each canvas
 // shows is worked out against all those above it, and the curve should stay
-// near linear.
+// near linear. Last, a whole frame of the composited road over 50 cards, with
+// and without a shadow round each, against the same memcpy.
 
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
@@ -106,6 +107,60 @@ void BM_SmallDamage(benchmark::State& state)
     state.counters["sampled_pixels_changed"] = changed; // only inside the 32x32 square
 }
 
+// A composited window with 50 cards in a 10x5 grid, gaps between them, each
+// casting a 12-pixel shadow on all four sides (or none): one whole frame.
+struct CompositedScene {
+    explicit CompositedScene(bool shadows)
+    {
+        iRootWindow::InitArgs args;
+        args.size = {WIDTH, HEIGHT};
+        args.mode = 1 | iRootWindow::InitArgs::MODE_COMPOSITED;
+        root = tela_createRootCanvas(args);
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        const int columns = 10, rows = 5, margin = 16;
+        const int w = WIDTH / columns, h = HEIGHT / rows;
+        for (int row = 0; row < rows; ++row)
+            for (int column = 0; column < columns; ++column) {
+                Canvas* c = tela_newcanvas(nullptr, root);
+                const int left = column * w + margin, top = row * h + margin;
+                tela_placecanvas(c, TopDownRect{left, top, left + w - 2 * margin, top + h - 2 * margin});
+                Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(0xFF000000u | static_cast<std::uint32_t>(row * 40 << 8 | column * 25));
+                if (shadows) {
+                    SurroundParams shadow;
+                    shadow.size = 12;
+                    shadow.opacity = 0.5f;
+                    shadow.edges = SurroundParams::ALL_EDGES;
+                    c->setEdgeEffect(shadow);
+                }
+            }
+    }
+    ~CompositedScene()
+    {
+        tela_state().rootWindows.clear();
+        event_set_kbd_focus(nullptr);
+        tela_setcanvas(nullptr);
+        tela_deletecanvas(root);
+    }
+
+    RootCanvas* root = nullptr;
+};
+
+void BM_CompositedFrame(benchmark::State& state)
+{
+    CompositedScene scene(false);
+    for (auto _ : state)
+        scene.root->display(nullptr);
+    state.SetBytesProcessed(state.iterations() * WIDTH * HEIGHT * 4);
+}
+
+void BM_CompositedFrameWithShadows(benchmark::State& state)
+{
+    CompositedScene scene(true);
+    for (auto _ : state)
+        scene.root->display(nullptr);
+    state.SetBytesProcessed(state.iterations() * WIDTH * HEIGHT * 4);
+}
+
 // n canvases of 200x150 at scattered places over the window, each over all
 // older ones. They share one buffer: what is measured is the visible-region
 // arithmetic and the painting, not memory for thousands of buffers.
@@ -157,6 +212,10 @@ void BM_OverlappingSiblings(benchmark::State& state)
 
 BENCHMARK(BM_FullRepaint)->Name("full_repaint_1920x1080_50_canvases/tela")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Memcpy)->Name("full_repaint_1920x1080_50_canvases/memcpy")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CompositedFrame)->Name("composited_frame_1920x1080_50_canvases/tela")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CompositedFrameWithShadows)
+    ->Name("composited_frame_1920x1080_50_canvases/tela_with_shadows")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SmallDamage)->Name("small_damage_32x32/tela")->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_OverlappingSiblings)
     ->Name("full_repaint_overlapping_siblings/tela")
