@@ -11,6 +11,7 @@
 
 #include "headless/HostImage.h"
 #include "render/FakeFont.h"
+#include "render/RecordingCanvas.h"
 #include "support/RecordingRenderer.h"
 
 #include <gtest/gtest.h>
@@ -25,31 +26,13 @@ using Box = Qv::Box<int>;
 const NormalisedRGB RED(1.0f, 0.0f, 0.0f);
 const NormalisedRGB BLUE(0.0f, 0.0f, 1.0f);
 
-// A 100 x 50 canvas at window (20, 10) in a 200 x 100 root, drawing into a
-// recording renderer. Canvas point (x, y) is renderer point (x, 50 - y).
-class CanvasRendererTest : public ::testing::Test {
+class CanvasRendererTest : public RecordingCanvasTest {
 protected:
-    void SetUp() override
-    {
-        iRootWindow::InitArgs args;
-        args.size = {200, 100};
-        root = tela_createRootCanvas(args);
-        ASSERT_NE(root, nullptr);
-        canvas = tela_newcanvas(nullptr, root);
-        ASSERT_EQ(tela_placecanvas(canvas, TopDownRect{20, 10, 120, 60}), 1);
-        ASSERT_TRUE(canvas->offscreenBuffer);
-        recorder = Qv::make<RecordingRenderer>();
-        canvas->osRenderer = recorder;
-    }
     void TearDown() override
     {
         canvupdTrace = 0;
-        tela_deletecanvas(root);
+        RecordingCanvasTest::TearDown();
     }
-
-    Canvas* root = nullptr;
-    Canvas* canvas = nullptr;
-    Qv::Ptr<RecordingRenderer> recorder;
 };
 
 // How many canvases update tracking marked while `draw` ran.

@@ -8,6 +8,7 @@
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/DrawingHelpers.h"
 
+#include "render/RecordingCanvas.h"
 #include "support/RecordingRenderer.h"
 
 #include <gtest/gtest.h>
@@ -25,27 +26,9 @@ const Colour GREY(0.5, 0.5, 0.5, true);
 const Colour RED(1.0, 0.0, 0.0, true);
 const Colour BLUE(0.0, 0.0, 1.0, true);
 
-// A 100 x 50 canvas at window (20, 10) in a 200 x 100 root, drawing into a
-// recording renderer. Canvas box (x1, y1, x2, y2) lands on renderer rectangle
-// (x1, 50 - y2, x2, 50 - y1).
-class DrawingHelpersTest : public ::testing::Test {
+// Canvas box (x1, y1, x2, y2) lands on renderer rectangle (x1, 50 - y2, x2, 50 - y1).
+class DrawingHelpersTest : public RecordingCanvasTest {
 protected:
-    void SetUp() override
-    {
-        iRootWindow::InitArgs args;
-        args.size = {200, 100};
-        root = tela_createRootCanvas(args);
-        ASSERT_NE(root, nullptr);
-        canvas = tela_newcanvas(nullptr, root);
-        ASSERT_EQ(tela_placecanvas(canvas, TopDownRect{20, 10, 120, 60}), 1);
-        recorder = Qv::make<RecordingRenderer>();
-        canvas->osRenderer = recorder;
-    }
-    void TearDown() override
-    {
-        tela_setcanvas(nullptr);
-        tela_deletecanvas(root);
-    }
 
     static TopDownRect at(const Box& box) { return {box.x1, 50 - box.y2, box.x2, 50 - box.y1}; }
 
@@ -64,9 +47,6 @@ protected:
     const RectDescription& rect(std::size_t call) const { return recorder->primitive<RectDescription>(call); }
     const EllipseDescription& ellipse(std::size_t call) const { return recorder->primitive<EllipseDescription>(call); }
 
-    Canvas* root = nullptr;
-    Canvas* canvas = nullptr;
-    Qv::Ptr<RecordingRenderer> recorder;
 };
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "tela/canvas/Composition.h"
 #include "tela/canvas/RootCanvas.h"
 
+#include "render/RecordingCanvas.h"
 #include "support/RecordingRenderer.h"
 
 #include <gtest/gtest.h>
@@ -39,21 +40,13 @@ private:
     std::string m_text;
 };
 
-// A 100 x 50 canvas at window (20, 10) in a 200 x 100 root.
-class EdgeEffectsTest : public ::testing::Test {
+class EdgeEffectsTest : public RecordingCanvasTest {
 protected:
     void SetUp() override
     {
-        iRootWindow::InitArgs args;
-        args.size = {200, 100};
-        root = tela_createRootCanvas(args);
-        ASSERT_NE(root, nullptr);
-        canvas = tela_newcanvas(nullptr, root);
-        ASSERT_EQ(tela_placecanvas(canvas, TopDownRect{20, 10, 120, 60}), 1);
-        recorder = Qv::make<RecordingRenderer>();
+        RecordingCanvasTest::SetUp();
         renderer = recorder;
     }
-    void TearDown() override { tela_deletecanvas(root); }
 
     void setEffect(std::uint32_t edges, std::uint16_t size = 5, float opacity = 0.5f)
     {
@@ -71,9 +64,6 @@ protected:
         return recorder->primitive<ShaderRectDescription>(1, index);
     }
 
-    Canvas* root = nullptr;
-    Canvas* canvas = nullptr;
-    Qv::Ptr<RecordingRenderer> recorder;
     Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
 };
 
