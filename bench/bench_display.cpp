@@ -132,6 +132,7 @@ struct CompositedScene {
                     shadow.edges = SurroundParams::ALL_EDGES;
                     c->setEdgeEffect(shadow);
                 }
+                canvupd_mark_all(c); // as drawing does: the frame shows what was marked
             }
     }
     ~CompositedScene()
@@ -159,6 +160,11 @@ void BM_CompositedFrameWithShadows(benchmark::State& state)
     for (auto _ : state)
         scene.root->display(nullptr);
     state.SetBytesProcessed(state.iterations() * WIDTH * HEIGHT * 4);
+    // What the frame showed: the second card's middle (0x000019), and the
+    // first card's shadow two pixels below it (darker than the window).
+    const auto window = Qv::dynamicCast<Headless::RootWindow>(scene.root->window);
+    state.counters["card_pixel"] = window->pixels()->pixelAt(300, 100) & 0xFFFFFF;
+    state.counters["shadow_red"] = window->pixels()->pixelAt(100, 202) >> 16 & 255;
 }
 
 // n canvases of 200x150 at scattered places over the window, each over all
