@@ -7,8 +7,10 @@ set(TELA_LAYERS
   "core platform"                  # the framework services and the seam
   "colour"                         # colour values, gamma, the current colour
   "state"                          # the library's state and notifier
-  "vector canvas events render"    # the canvas tree and what it is made of
-  "text"                           # fonts and text layout, drawn through the renderer
+  # Text shares the layer of the renderer: text is drawn through the renderer,
+  # and the renderer's text falls back to the default font, which the font table
+  # gives; a canvas's fonts come from the same table through its window.
+  "vector canvas events render text" # the canvas tree, what it is made of, fonts and text layout
   "input"                          # the root window's input, cursors, monitors, placement
   "app"                            # Tela::Application and the debug commands
 )

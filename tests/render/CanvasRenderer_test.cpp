@@ -307,8 +307,10 @@ TEST_F(CanvasRendererTest, TextStylesDressTheTextAndThePenEndsOnTheBaseline)
     EXPECT_EQ(recorder->primitive<RectDescription>(1).rect, (TopDownRect{10, 27, 31, 28}));
     EXPECT_EQ(recorder->primitive<RectDescription>(1).colour.b, 1.0f);
 
-    // Without a font there is nothing to place.
+    // Without a font there is nothing to place. (Made without one, a
+    // description takes the default font, so the font is taken away after.)
     Tela::TextDescription fontless(WString(u"abc"), XY<int>(10, 20), RED, TextAlignment{0, 1}, Qv::Ptr<iFont>());
+    fontless.font = nullptr;
     recorder->clear();
     EXPECT_EQ(renderer.renderPrimitive(fontless), (XY<int>(0, 0)));
     EXPECT_EQ(recorder->callCount(), 0u);

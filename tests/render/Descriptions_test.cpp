@@ -2,6 +2,8 @@
 // the boxes they claim.
 
 #include "tela/render/Descriptions.h"
+#include "tela/state/TelaState.h"
+#include "tela/text/Fonts.h"
 
 #include "render/FakeFont.h"
 
@@ -86,10 +88,15 @@ TEST(TextDescription, BoundsFollowTheAlignmentAroundThePosition)
     EXPECT_EQ(moved.getExtents(), (Box{105, 42, 126, 55}));
 }
 
-TEST(TextDescription, WithoutAFontTheExtentsStayEmpty)
+TEST(TextDescription, WithoutAFontThatCanBeHadTheExtentsStayEmpty)
 {
+    // No root window, and no fonts kept from earlier tests: the default font
+    // the description falls back on cannot be made either.
+    Tela::releaseAllFonts();
+    ASSERT_EQ(tela_rootcanvas(), nullptr);
     const Tela::TextDescription none(WString(u"abc"), XY<int>(100, 50), NormalisedRGB(), TextAlignment{0, 1},
                                      Qv::Ptr<iFont>());
+    EXPECT_FALSE(none.font);
     EXPECT_EQ(none.getExtents(), Box{});
     EXPECT_EQ(Tela::TextDescription().alignment, (TextAlignment{0, 1}));
 }

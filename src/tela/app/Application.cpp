@@ -19,6 +19,7 @@
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
 #include "tela/state/TelaState.h"
+#include "tela/text/Fonts.h"
 #include "tela/vector/GraphicsState.h"
 
 #include <algorithm>
@@ -61,21 +62,32 @@ void flush_raster_image_cache() {}
 void init_scan_converter() {}
 // path_init(): filled by the path builder.
 void init_path() {}
-// The font scale back to 1.0: filled by the font table.
-void reset_font_scale() {}
+// The font scale back to 1.0.
+void reset_font_scale()
+{
+    Tela::resetFontScale();
+}
 // except_init(): the core's crash reporting, when it has one.
 void init_exceptions() {}
 
-// Shut-down: every loaded font released; filled by the font table.
-void release_all_fonts() {}
+// Shut-down: every loaded font released.
+void release_all_fonts()
+{
+    Tela::releaseAllFonts();
+}
 // The gamma tables count as not set up, so a later application sets them anew.
 void forget_gamma_tables()
 {
     vlib_forget();
 }
 
-// The two default fonts, loaded when the window opens; filled by the font table.
-void load_default_fonts() {}
+// The two default fonts, plain and bold, loaded when the window opens so that
+// the first text drawn does not wait for them.
+void load_default_fonts()
+{
+    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 0);
+    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 1);
+}
 
 // A background task that calls a member of an object with a message and the
 // task's log.

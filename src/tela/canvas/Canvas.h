@@ -24,6 +24,9 @@
 #include <functional>
 
 class CanvasClient;
+namespace Tela {
+class FontDesc;
+}
 
 class Canvas : public iObject {
 public:
@@ -91,6 +94,8 @@ public:
     iImageBase::eLocation getOffscreenBufferLocation() const;
     Qv::Ptr<iPixelGuard> lockPixels();
     Qv::Ptr<iRootWindow> getWindow() const { return window; }
+    // The table's font for `desc`, made through this canvas's window.
+    Qv::Ptr<iFont> createFont(const Tela::FontDesc& desc);
 
     // The last computed visible part: read and stored under `lock`, since a
     // video thread's render target reads it while the main thread recomputes.

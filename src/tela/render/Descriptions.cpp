@@ -1,6 +1,7 @@
 #include "tela/render/Descriptions.h"
 
 #include "tela/render/Wrap_private.h"
+#include "tela/text/Fonts.h"
 
 #include <algorithm>
 
@@ -205,6 +206,12 @@ void BezierCurveDescription::translate(int dx, int dy)
 TextDescription::TextDescription() = default;
 
 TextDescription::TextDescription(const WString& string, const XY<int>& position, const NormalisedRGB& textColour,
+                                 TextAlignment align, const FontDesc& desc)
+    : TextDescription(string, position, textColour, align, eTextPlain, loadFont(desc, Qv::Ptr<iRootWindow>()))
+{
+}
+
+TextDescription::TextDescription(const WString& string, const XY<int>& position, const NormalisedRGB& textColour,
                                  TextAlignment align, Qv::Ptr<iFont> textFont)
     : TextDescription(string, position, textColour, align, eTextPlain, std::move(textFont))
 {
@@ -229,7 +236,8 @@ void TextDescription::translate(int dx, int dy)
 
 void TextDescription::calcBounds(XY<int> position)
 {
-    // FIXME: a missing font falls back to the default font once the font table exists.
+    if (!font)
+        font = getDefaultFont(0);
     if (!font)
         return;
     const iFont::Metrics& metrics = font->getMetrics();

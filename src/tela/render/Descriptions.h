@@ -36,6 +36,8 @@ enum eTextStyle : std::int32_t {
 
 namespace Tela {
 
+class FontDesc;
+
 // The text styles the application's own settings speak of, numbered from 1.
 namespace TextStyles {
 enum TextStyle : std::int32_t {
@@ -180,6 +182,9 @@ public:
 class TextDescription {
 public:
     TextDescription();
+    // The font is the table's for `desc`.
+    TextDescription(const WString& text, const XY<int>& position, const NormalisedRGB& colour, TextAlignment alignment,
+                    const FontDesc& desc);
     TextDescription(const WString& text, const XY<int>& position, const NormalisedRGB& colour, TextAlignment alignment,
                     Qv::Ptr<iFont> font);
     TextDescription(const WString& text, const XY<int>& position, const NormalisedRGB& colour, TextAlignment alignment,
@@ -193,7 +198,8 @@ public:
     // Moves the extents only: the renderer takes the text's position from them.
     void translate(int dx, int dy);
     // The box of the text with `position` on its baseline, aligned by `alignment`.
-    // Without a font the extents stay as they are.
+    // Without a font the default font is taken (and kept); when even that cannot
+    // be had the extents stay as they are.
     void calcBounds(XY<int> position);
     // Crosswise on purpose: `second` colours the shadow, halo and line through,
     // `first` goes to the renderer as the third colour.
