@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -217,6 +218,12 @@ TEST_F(WordWrappingRender, LinesGoDownTheBoxAndThoseBelowItAreOnlyCounted)
               2u);
     EXPECT_EQ(drawn(), (Drawn{{u"aaa", {0, 13}}, {u"bbb", {0, 29}}}));
     EXPECT_EQ(WordWrappingTextRenderer::renderString(renderer, WString(), {0, 0, 40, 50}, INK, FONT, 16, 0), 1u);
+    // Edges as far apart as an int allows are no overflow, just a wide box.
+    recorder->clear();
+    EXPECT_EQ(WordWrappingTextRenderer::renderString(renderer, WString(u"abc"), {INT_MIN, 0, INT_MAX, 50}, INK, FONT,
+                                                     16, 10),
+              1u);
+    EXPECT_EQ(drawn(), (Drawn{{u"abc", {10, 13}}}));
 }
 
 TEST_F(WordWrappingRender, StringsStopAtTheFirstOneThatBeginsWithTheBoxFull)

@@ -47,6 +47,20 @@ unsigned short resolveLineHeight(unsigned short lineHeight, const Qv::Ptr<iFont>
     return lineHeight;
 }
 
+// A box's extent as the 16-bit value the layout works in, worked out wide so
+// that no box, however far apart its edges, overflows on the way.
+unsigned short extent16(int low, int high)
+{
+    return static_cast<unsigned short>(std::int64_t(high) - low);
+}
+
+// Line k's baseline, down from the box's top; wraps like the renderer's own
+// coordinates rather than overflowing.
+int baselineOf(std::size_t k, int yOffset, unsigned short lineHeight, int top)
+{
+    return static_cast<int>(static_cast<std::uint32_t>(std::int64_t(yOffset) - std::int64_t(k + 1) * lineHeight + top));
+}
+
 void drawLine(CanvasRenderer& renderer, const WString& text, std::uint32_t start, std::uint32_t length, int x, int y,
               const NormalisedRGB& colour, const Qv::Ptr<iFont>& font)
 {
@@ -286,17 +300,16 @@ unsigned short WordWrappingTextRenderer::renderString(CanvasRenderer& renderer, 
     lineHeight = resolveLineHeight(lineHeight, font);
 
     SubStrings lines;
-    processString(lines, text, static_cast<unsigned short>(box.width()), font,
-                  static_cast<unsigned short>(firstX - box.x1), LEFT_ALIGNED);
+    processString(lines, text, extent16(box.x1, box.x2), font, extent16(box.x1, firstX), LEFT_ALIGNED);
 
-    const std::size_t maxLines = lineHeight ? static_cast<unsigned short>(box.height()) / lineHeight : 0;
+    const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
     const int yOffset = baselineOffset(lineHeight, font);
     const NormalisedRGB textColour = fromColour(colour);
     std::size_t k = 0;
     for (const auto& [start, length] : lines.subStrings) {
         if (k < maxLines)
             drawLine(renderer, text, start, length, k == 0 ? firstX : box.x1,
-                     yOffset - int(k + 1) * lineHeight + box.y2, textColour, font);
+                     baselineOf(k, yOffset, lineHeight, box.y2), textColour, font);
         ++k;
     }
     return k == 0 ? 1 : static_cast<unsigned short>(k);
@@ -309,7 +322,7 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
 {
     const int firstX = std::max(int(firstLineX), box.x1);
     lineHeight = resolveLineHeight(lineHeight, font);
-    const std::size_t maxLines = lineHeight ? static_cast<unsigned short>(box.height()) / lineHeight : 0;
+    const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
     const int yOffset = baselineOffset(lineHeight, font);
     const NormalisedRGB textColour = fromColour(colour);
 
@@ -319,7 +332,7 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
         if (k >= maxLines)
             return static_cast<unsigned short>(k);
         SubStrings lines;
-        processString(lines, string, static_cast<unsigned short>(box.width()), font, 0, LEFT_ALIGNED);
+        processString(lines, string, extent16(box.x1, box.x2), font, 0, LEFT_ALIGNED);
         if (lines.subStrings.empty()) {
             ++k;   // an empty string is an undrawn line
             continue;
@@ -328,7 +341,7 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
             // Only the very first line starts at firstLineX; it keeps the full width.
             if (k < maxLines)
                 drawLine(renderer, string, start, length, k == 0 ? firstX : box.x1,
-                         yOffset - int(k + 1) * lineHeight + box.y2, textColour, font);
+                         baselineOf(k, yOffset, lineHeight, box.y2), textColour, font);
             ++k;
         }
     }
