@@ -3,6 +3,7 @@
 #include "tela/core/Log.h"
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
+#include "tela/text/Fonts.h"
 
 #include <algorithm>
 
@@ -23,17 +24,6 @@ constexpr std::uint32_t JUSTIFIED = 3;
 bool breaksBefore(char16_t unit)
 {
     return unit == BLANK || unit == HYPHEN;
-}
-
-// How far below the top of a line of `lineHeight` the font's baseline sits, so
-// that the text is centred in the line. The arithmetic is unsigned on purpose: a
-// line lower than the font's ascent puts the baseline far off rather than above.
-unsigned short baselineOffset(unsigned short lineHeight, const Qv::Ptr<iFont>& font)
-{
-    if (!font)
-        return 0;
-    const std::uint32_t raised = static_cast<std::uint32_t>(int(lineHeight) - font->getMetrics().ascent + 1);
-    return static_cast<unsigned short>(raised >> 1);
 }
 
 // The line height to use: the caller's, else the font's. 0 when neither has
@@ -303,7 +293,7 @@ unsigned short WordWrappingTextRenderer::renderString(CanvasRenderer& renderer, 
     processString(lines, text, extent16(box.x1, box.x2), font, extent16(box.x1, firstX), LEFT_ALIGNED);
 
     const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
-    const int yOffset = baselineOffset(lineHeight, font);
+    const int yOffset = getFontYOffset(lineHeight, font);
     const NormalisedRGB textColour = fromColour(colour);
     std::size_t k = 0;
     for (const auto& [start, length] : lines.subStrings) {
@@ -323,7 +313,7 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
     const int firstX = std::max(int(firstLineX), box.x1);
     lineHeight = resolveLineHeight(lineHeight, font);
     const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
-    const int yOffset = baselineOffset(lineHeight, font);
+    const int yOffset = getFontYOffset(lineHeight, font);
     const NormalisedRGB textColour = fromColour(colour);
 
     std::size_t k = 0;
