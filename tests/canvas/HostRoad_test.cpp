@@ -19,13 +19,11 @@
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
 #include "headless/HostImage.h"
-#include "headless/PngFile.h"
 #include "support/PaintForwarder.h"
-#include "support/PixelCompare.h"
+#include "support/ReferencePicture.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -71,12 +69,6 @@ public:
         return tile;
     }
 };
-
-std::string reference(const char* name)
-{
-    return std::string(TELA_TEST_DATA) + "/" + name;
-}
-
 } // namespace
 
 class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
@@ -120,18 +112,9 @@ TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
     Headless::services().windowing()->mainLoop().runPending();
     EXPECT_EQ(sink->paints, GetParam() == iImageBase::eGPU ? 1 : 0);
 
-    const std::string actual =
-        ::testing::TempDir() + (GetParam() == iImageBase::eGPU ? "composited_road.png" : "host_road.png");
-    ASSERT_TRUE(window->snapshot(actual.c_str()));
-    if (std::getenv("TELA_WRITE_REFERENCES") && GetParam() == iImageBase::eHostMemory) {
-        ASSERT_TRUE(window->snapshot(reference("host_road.png").c_str()));
-    }
-    const auto expected = Headless::loadPng(reference("host_road.png").c_str());
-    ASSERT_TRUE(expected) << "reference picture missing; run with TELA_WRITE_REFERENCES=1 and look at it";
-    const auto shown = Headless::loadPng(actual.c_str());
-    // The roads compose translucency in different orders of rounding: allow
-    // one step per channel.
-    EXPECT_EQ(differing_pixels(*shown, *expected, 1), 0) << "see " << actual;
+    EXPECT_TRUE(shows_reference(*window, "host_road.png",
+                                GetParam() == iImageBase::eGPU ? "composited_road.png" : "host_road.png",
+                                GetParam() == iImageBase::eHostMemory));
 
     // A grab draws the frame again into an image of its own; the host road
     // has no frame to draw, and the screen is composed from the buffers.

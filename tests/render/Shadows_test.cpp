@@ -12,13 +12,11 @@
 
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
-#include "headless/PngFile.h"
 #include "support/PaintForwarder.h"
-#include "support/PixelCompare.h"
+#include "support/ReferencePicture.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace {
@@ -81,16 +79,8 @@ TEST(Shadows, ACompositedCanvasCastsAShadowOnAllFourSidesAsTheReferenceShows)
     }
     EXPECT_EQ(window.pixel(60, 45), 0xFFF0F0F0u); // the card itself is untouched
 
-    const std::string reference = std::string(TELA_TEST_DATA) + "/shadow.png";
-    const std::string actual = ::testing::TempDir() + "shadow.png";
-    const auto root_window = Qv::dynamicCast<Headless::RootWindow>(window.root->window);
-    ASSERT_TRUE(root_window->snapshot(actual.c_str()));
-    if (std::getenv("TELA_WRITE_REFERENCES")) {
-        ASSERT_TRUE(root_window->snapshot(reference.c_str()));
-    }
-    const auto expected = Headless::loadPng(reference.c_str());
-    ASSERT_TRUE(expected) << "reference picture missing; run with TELA_WRITE_REFERENCES=1 and look at it";
-    EXPECT_EQ(differing_pixels(*Headless::loadPng(actual.c_str()), *expected, 1), 0) << "see " << actual;
+    EXPECT_TRUE(shows_reference(*Qv::dynamicCast<Headless::RootWindow>(window.root->window), "shadow.png",
+                                "shadow.png"));
 }
 
 TEST(Shadows, TheHostRoadCopiesBuffersAndDrawsNoShadow)

@@ -13,23 +13,16 @@
 #include "gallery/ShapesPanel.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
-#include "headless/PngFile.h"
 #include "support/PaintForwarder.h"
-#include "support/PixelCompare.h"
+#include "support/ReferencePicture.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace {
 
 constexpr int MARGIN = 8;
-
-std::string reference()
-{
-    return std::string(TELA_TEST_DATA) + "/shapes.png";
-}
 
 } // namespace
 
@@ -55,16 +48,9 @@ TEST_P(ShapesPage, EveryPrimitiveLooksAsTheReferenceShows)
     Headless::services().windowing()->mainLoop().runPending();
 
     const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
-    const std::string actual =
-        ::testing::TempDir() + (GetParam() == iImageBase::eGPU ? "shapes_composited.png" : "shapes_host.png");
-    ASSERT_TRUE(window->snapshot(actual.c_str()));
-    if (std::getenv("TELA_WRITE_REFERENCES") && GetParam() == iImageBase::eHostMemory) {
-        ASSERT_TRUE(window->snapshot(reference().c_str()));
-    }
-    const auto expected = Headless::loadPng(reference().c_str());
-    ASSERT_TRUE(expected) << "reference picture missing; run with TELA_WRITE_REFERENCES=1 and look at it";
-    const auto shown = Headless::loadPng(actual.c_str());
-    EXPECT_EQ(differing_pixels(*shown, *expected, 1), 0) << "see " << actual;
+    EXPECT_TRUE(shows_reference(*window, "shapes.png",
+                                GetParam() == iImageBase::eGPU ? "shapes_composited.png" : "shapes_host.png",
+                                GetParam() == iImageBase::eHostMemory));
 
     tela_deletecanvas(root);
 }
