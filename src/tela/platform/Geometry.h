@@ -7,6 +7,7 @@
 // Low edges are inside, high edges outside: (0, 0, 10, 1) is one pixel row.
 #pragma once
 
+#include <initializer_list>
 
 template <typename T>
 struct XY {
@@ -89,6 +90,20 @@ struct Box {
         Box result = *this;
         result.unite(other);
         return result;
+    }
+
+    // The smallest box holding every point, edges included: a point on its
+    // own gives a box of no area.
+    static constexpr Box around(std::initializer_list<XY<T>> points)
+    {
+        Box box {points.begin()->x, points.begin()->y, points.begin()->x, points.begin()->y};
+        for (const XY<T>& point : points) {
+            box.x1 = point.x < box.x1 ? point.x : box.x1;
+            box.y1 = point.y < box.y1 ? point.y : box.y1;
+            box.x2 = box.x2 < point.x ? point.x : box.x2;
+            box.y2 = box.y2 < point.y ? point.y : box.y2;
+        }
+        return box;
     }
 
     // The same four numbers as left, top, right and bottom, with no flip: for

@@ -65,15 +65,7 @@ Qv::Box<int> LineStripDescription::getExtents() const
 
 Qv::Box<int> BezierCurveDescription::getExtents() const
 {
-    const XY<int> corners[] { start, end, control1, control2 };
-    Qv::Box<int> box { start.x, start.y, start.x, start.y };
-    for (const XY<int>& point : corners) {
-        box.x1 = std::min(box.x1, point.x);
-        box.y1 = std::min(box.y1, point.y);
-        box.x2 = std::max(box.x2, point.x);
-        box.y2 = std::max(box.y2, point.y);
-    }
-    return box;
+    return Qv::Box<int>::around({start, end, control1, control2});
 }
 
 Qv::Box<int> TextDescription::getExtents() const

@@ -184,15 +184,7 @@ void LineStripDescription::translate(int dx, int dy)
 
 Qv::Box<int> BezierCurveDescription::getExtents() const
 {
-    const XY<int> corners[] {start, end, control1, control2};
-    Qv::Box<int> box {start.x, start.y, start.x, start.y};
-    for (const XY<int>& point : corners) {
-        box.x1 = std::min(box.x1, point.x);
-        box.y1 = std::min(box.y1, point.y);
-        box.x2 = std::max(box.x2, point.x);
-        box.y2 = std::max(box.y2, point.y);
-    }
-    return box;
+    return Qv::Box<int>::around({start, end, control1, control2});
 }
 
 void BezierCurveDescription::translate(int dx, int dy)
