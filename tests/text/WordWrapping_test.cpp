@@ -2,6 +2,7 @@
 // worked out by hand: a blank is 4 pixels, '@' 70000, anything else 8.
 
 #include "tela/render/CanvasRenderer.h"
+#include "tela/text/Fonts.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 
 #include "render/RecordingCanvas.h"
@@ -235,6 +236,28 @@ TEST_F(WordWrappingRender, StringsStopAtTheFirstOneThatBeginsWithTheBoxFull)
     EXPECT_EQ(WordWrappingTextRenderer::renderStrings(renderer, strings, {0, 0, 40, 50}, INK, FONT, 16, 20), 4u);
     EXPECT_EQ(drawn(), (Drawn{{u"aa", {20, 13}}, {u"bbb", {0, 45}}}));
     EXPECT_EQ(WordWrappingTextRenderer::renderStrings(renderer, Strings(), {0, 0, 40, 50}, INK, FONT, 16, 0), 0u);
+}
+
+// A font request goes through the font table: the request's size spaces the
+// lines when no line height is given, and the forms without a renderer draw
+// on the current canvas.
+TEST_F(WordWrappingRender, AFontRequestIsLoadedAndItsSizeSpacesTheLines)
+{
+    CanvasRenderer renderer(canvas, Qv::Box<int>{});
+    const Tela::FontDesc request(String(), 20, 0);
+    EXPECT_EQ(WordWrappingTextRenderer::renderString(renderer, WString(u"aaa bbb"), {0, 0, 40, 60}, INK, request, 0, 0),
+              2u);
+    Drawn lines = drawn();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1].second.y - lines[0].second.y, 20);
+
+    recorder->clear();
+    tela_setcanvas(canvas);
+    const Strings strings {WString(u"aaa"), WString(u"bbb")};
+    EXPECT_EQ(WordWrappingTextRenderer::renderStrings(strings, {0, 0, 40, 60}, INK, request, 0, 0), 2u);
+    lines = drawn();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1].second.y - lines[0].second.y, 20);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tela/text/WordWrappingTextRenderer.h"
 
+#include "tela/canvas/Canvas.h"
 #include "tela/core/Log.h"
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
@@ -303,6 +304,42 @@ unsigned short WordWrappingTextRenderer::renderString(CanvasRenderer& renderer, 
         ++k;
     }
     return k == 0 ? 1 : static_cast<unsigned short>(k);
+}
+
+unsigned short WordWrappingTextRenderer::renderString(CanvasRenderer& renderer, const WS& text,
+                                                      const Qv::Box<int, Qv::BottomUpTraits>& box, const Colour& colour,
+                                                      const FontDesc& desc, unsigned short lineHeight,
+                                                      unsigned short firstLineX)
+{
+    if (lineHeight == 0)
+        lineHeight = desc.size;
+    return renderString(renderer, text, box, colour, loadFont(desc, nullptr), lineHeight, firstLineX);
+}
+
+unsigned short WordWrappingTextRenderer::renderString(const WS& text, const Qv::Box<int, Qv::BottomUpTraits>& box,
+                                                      const Colour& colour, const FontDesc& desc,
+                                                      unsigned short lineHeight, unsigned short firstLineX)
+{
+    CanvasRenderer renderer(tela_currentcanvas(), Qv::Box<int>{});
+    return renderString(renderer, text, box, colour, desc, lineHeight, firstLineX);
+}
+
+unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer, const Strings& text,
+                                                       const Qv::Box<int, Qv::BottomUpTraits>& box,
+                                                       const Colour& colour, const FontDesc& desc,
+                                                       unsigned short lineHeight, unsigned short firstLineX)
+{
+    if (lineHeight == 0)
+        lineHeight = desc.getSize();
+    return renderStrings(renderer, text, box, colour, loadFont(desc, nullptr), lineHeight, firstLineX);
+}
+
+unsigned short WordWrappingTextRenderer::renderStrings(const Strings& text, const Qv::Box<int, Qv::BottomUpTraits>& box,
+                                                       const Colour& colour, const FontDesc& desc,
+                                                       unsigned short lineHeight, unsigned short firstLineX)
+{
+    CanvasRenderer renderer(tela_currentcanvas(), Qv::Box<int>{});
+    return renderStrings(renderer, text, box, colour, desc, lineHeight, firstLineX);
 }
 
 unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer, const Strings& text,

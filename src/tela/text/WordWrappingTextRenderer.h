@@ -34,6 +34,8 @@ class CanvasRenderer;
 
 namespace Tela {
 
+class FontDesc;
+
 // splitString's flags.
 enum eSplitFlags : unsigned {
     skipEmpty = 1,       // pieces between two neighbouring separators are dropped when empty
@@ -107,6 +109,23 @@ public:
     static unsigned short renderStrings(CanvasRenderer& renderer, const Strings& text,
                                         const Qv::Box<int, Qv::BottomUpTraits>& box, const Colour& colour,
                                         const Qv::Ptr<iFont>& font, unsigned short lineHeight,
+                                        unsigned short firstLineX);
+
+    // The same for a font request: the font comes from the font table (a
+    // failed request draws nothing and counts one line). In renderString a
+    // `lineHeight` of 0 is the request's own size field, 0 included; in
+    // renderStrings it is the request's size, the default size for 0. The
+    // forms without a renderer draw on the current canvas, with no clip box.
+    static unsigned short renderString(CanvasRenderer& renderer, const WS& text, const Qv::Box<int, Qv::BottomUpTraits>& box,
+                                       const Colour& colour, const FontDesc& desc, unsigned short lineHeight,
+                                       unsigned short firstLineX);
+    static unsigned short renderString(const WS& text, const Qv::Box<int, Qv::BottomUpTraits>& box, const Colour& colour,
+                                       const FontDesc& desc, unsigned short lineHeight, unsigned short firstLineX);
+    static unsigned short renderStrings(CanvasRenderer& renderer, const Strings& text,
+                                        const Qv::Box<int, Qv::BottomUpTraits>& box, const Colour& colour,
+                                        const FontDesc& desc, unsigned short lineHeight, unsigned short firstLineX);
+    static unsigned short renderStrings(const Strings& text, const Qv::Box<int, Qv::BottomUpTraits>& box,
+                                        const Colour& colour, const FontDesc& desc, unsigned short lineHeight,
                                         unsigned short firstLineX);
 
     // The pixel width of a line, without the blank it wrapped at; 0 for a piece
