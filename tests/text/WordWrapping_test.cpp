@@ -1,5 +1,5 @@
-// Word wrapping against a font of fixed advances, so that every break can be
-// worked out by hand: a blank is 4 pixels, '@' 70000, anything else 8.
+// Word wrapping against the fixed-advance test font, so that every break can be
+// worked out by hand.
 
 #include "tela/render/CanvasRenderer.h"
 #include "tela/text/Fonts.h"
@@ -7,6 +7,7 @@
 
 #include "render/RecordingCanvas.h"
 #include "support/RecordingRenderer.h"
+#include "text/FixedFont.h"
 
 #include <gtest/gtest.h>
 
@@ -22,34 +23,7 @@ using Texts = std::vector<std::u16string>;
 
 const Colour INK(1.0, 0.0, 0.0, true);
 
-class FixedFont final : public iFont {
-public:
-    // Answers for at most `measured` characters, as a font that gave up would.
-    explicit FixedFont(std::size_t measured = SIZE_MAX) : m_measured(measured) {}
-    static int advance(char16_t unit) { return unit == u' ' ? 4 : unit == u'@' ? 70000 : 8; }
-
-    const Metrics& getMetrics() const override { return m_metrics; }
-    unsigned int getStyle() const override { return 0; }
-    void analyse(const WString& text, std::vector<int>& edges) const override
-    {
-        edges.clear();
-        for (std::size_t index = 0; index < text.size() && index < m_measured; ++index)
-            edges.push_back((edges.empty() ? 0 : edges.back()) + advance(text[index]));
-    }
-    XY<int> getTextExtent(const WString& text, unsigned count) const override
-    {
-        int width = 0;
-        for (std::size_t index = 0; index < text.size() && index < count; ++index)
-            width += advance(text[index]);
-        return {width, m_metrics.height};
-    }
-    CharacterLocation locateChar(const WString&, eCharSeekMethod, unsigned short) const override { return {}; }
-    CharacterLocation getCharInfoForPixelX(const WString&, int) const override { return {}; }
-
-private:
-    Metrics m_metrics {10, 3, 16};
-    std::size_t m_measured;
-};
+using TextTest::FixedFont;
 
 const Qv::Ptr<iFont> FONT = Qv::make<FixedFont>();
 
