@@ -34,6 +34,8 @@
 #include "tela/render/DrawingHelpers.h"
 #include "tela/state/TelaState.h"
 #include "tela/text/Fonts.h"
+#include "tela/text/GlyphNames.h"
+#include "tela/text/TextFitting.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Regions.h"
