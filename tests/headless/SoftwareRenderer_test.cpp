@@ -2,6 +2,7 @@
 #include "headless/SoftwareRenderer.h"
 #include "headless/PngFile.h"
 #include "support/LiveBlocks.h"
+#include "support/PixelCompare.h"
 #include "support/ReportCapture.h"
 
 #include <gtest/gtest.h>
@@ -153,13 +154,7 @@ TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
         Qv::Ptr<iRegion> clip;
         Headless::PixmanRegion::create(clip, clip_rects.data(), clip_rects.size());
         renderer->setClip(clip);
-        const auto clipped_in = [&](int x, int y) {
-            for (const TopDownRect& rect : clip_rects) {
-                if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom)
-                    return true;
-            }
-            return false;
-        };
+        const auto clipped_in = [&](int x, int y) { return inside_any(clip_rects.data(), clip_rects.size(), x, y); };
 
         for (int fill = 0; fill < 4; ++fill) {
             RectDescription rect;
@@ -299,13 +294,7 @@ TEST(SoftwareRendererBlit, LargeCopiesThroughAClipMatchAModel)
             Headless::PixmanRegion::create(clip, clip_rects.data(), clip_rects.size());
         renderer->setClip(clip);
         const auto clipped_in = [&](int x, int y) {
-            if (clip_rects.empty())
-                return true;
-            for (const TopDownRect& rect : clip_rects) {
-                if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom)
-                    return true;
-            }
-            return false;
+            return clip_rects.empty() || inside_any(clip_rects.data(), clip_rects.size(), x, y);
         };
 
         const bool outside = seed % 4 == 3;
@@ -858,16 +847,7 @@ TEST(SoftwareRendererClip, NoShapeReachesOutsideTheClipWhateverItIsGiven)
     curves[2].end = { 60, 60 };
     renderer->drawBeziers(curves, 3);
 
-    for (int y = 0; y < size; ++y) {
-        for (int x = 0; x < size; ++x) {
-            bool inside = false;
-            for (const TopDownRect& rect : clip_rects)
-                inside = inside || (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom);
-            if (!inside) {
-                ASSERT_EQ(image->pixelAt(x, y), CLEAR) << x << "," << y;
-            }
-        }
-    }
+    ASSERT_EQ(changed_outside(*image, clip_rects, 4, CLEAR), 0);
     EXPECT_NE(image->pixelAt(8, 32), CLEAR);   // the shapes did reach the clip
 
     const EllipseDescription after = ellipse_in({ 8, 8, 24, 24 }, 0, NormalisedRGB(0, 1, 0), RED);
