@@ -1,8 +1,8 @@
 // The gallery: what Tela can show so far, as a program on Tela::Application.
 // The sidebar's entries are picked by clicking or with the up and down keys:
-// the first shows every drawing primitive, the others a page of cards that
-// change colour when clicked. A marker runs along the status bar on the
-// library's tick.
+// the first shows every drawing primitive, the second text (wrapped, fitted,
+// justified), the third a page of cards that change colour when clicked. A
+// marker runs along the status bar on the library's tick.
 //
 // With a display it opens a window (close it to end). Without one, or with
 // TELA_BACKEND=headless, it plays a short scripted session on the headless
@@ -30,6 +30,9 @@
 #include "tela/events/EventTimeServer.h"
 #include "tela/input/RootWindowEventHandler.h"
 #include "tela/state/TelaState.h"
+#include "tela/render/CanvasRenderer.h"
+#include "tela/render/Descriptions.h"
+#include "tela/text/Fonts.h"
 #include "tela/vector/Regions.h"
 
 #include "tela/canvas/ScreenGrab.h"
@@ -38,6 +41,7 @@
 #include "tela/platform/Platforms.h"
 
 #include "ShapesPanel.h"
+#include "TextPanel.h"
 
 #include <cstdio>
 #include <cstring>
@@ -49,7 +53,8 @@
 namespace {
 
 constexpr int WIDTH = 640, HEIGHT = 400;
-constexpr int SIDEBAR_ENTRIES = 6;
+const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards"};
+constexpr int SIDEBAR_ENTRIES = 3;
 // Arrow keys, as the platforms report them: key values that are no characters.
 constexpr std::uint32_t KEY_DOWN = 0x51 | eKeyNotCharacter;
 constexpr std::uint32_t KEY_UP = 0x52 | eKeyNotCharacter;
@@ -144,9 +149,11 @@ public:
     // library that holds them is still up; then the library itself.
     void end()
     {
-        if (m_script)
-            EventTimeServer::instance().deRegisterForTimeEvents(m_script.get());
-        m_script = nullptr;
+        for (Qv::Ptr<EventHandler>* step : {&m_script, &m_script_end}) {
+            if (*step)
+                EventTimeServer::instance().deRegisterForTimeEvents(step->get());
+            *step = nullptr;
+        }
         for (Canvas* panel : m_panels)
             tela_deletecanvas(panel); // with everything on it
         m_panels.clear();
@@ -186,13 +193,15 @@ private:
             select((m_selected + (e.keyCode() == KEY_DOWN ? 1 : SIDEBAR_ENTRIES - 1)) % SIDEBAR_ENTRIES);
             return true;
         }));
-        for (int i = 0; i < SIDEBAR_ENTRIES; ++i)
+        for (int i = 0; i < SIDEBAR_ENTRIES; ++i) {
             m_entries.push_back(panel(sidebar, 12, 16 + i * 44, 136, 32, entry_colour(i),
                                       makeCurvedRegion({136, 32}, 15, eSmallCorners), client([this, i](const Event& e) {
                                           if (mouse_down_event(e) && mouse_left_event(e))
                                               select(i);
                                           return mouse_event(e);
                                       })));
+            paint_entry(i);
+        }
         event_set_kbd_focus(sidebar); // the arrow keys move the selection
 
         // Two pages share the content frame; the sidebar brings one to the top.
@@ -202,6 +211,9 @@ private:
         m_shapes_page = panel(content, 176, 16, Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT, packed(0, 0, 0),
                               makeCurvedRegion({Shapes::PAGE_WIDTH, Shapes::PAGE_HEIGHT}, 15, eLargeCorners));
         Shapes::paint(m_shapes_page, Palette::getDefault());
+        m_text_page = panel(content, 176, 16, TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT, packed(0, 0, 0),
+                            makeCurvedRegion({TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT}, 15, eLargeCorners));
+        TextPage::paint(m_text_page, Palette::getDefault(), m_wrap_width);
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
@@ -215,9 +227,6 @@ private:
                                         return mouse_event(e);
                                     })));
         }
-        Canvas* glass = top_level(root, 300, 200, 260, 150, packed(255, 255, 255));
-        glass->setOpacity(0.6);
-        cast_shadow(glass, 8, 0.3f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
         Canvas* status = top_level(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
         cast_shadow(status, 6, 0.35f);
         // The marker runs along the status bar, one step a tick.
@@ -231,14 +240,19 @@ private:
             return true;
         }));
         marker->client = static_cast<CanvasClient*>(m_clients.back().get());
+        // A pane of frosted glass over the status bar, where the marker runs under it.
+        Canvas* glass = top_level(root, 440, 300, 168, 72, packed(255, 255, 255));
+        glass->setOpacity(0.6);
+        cast_shadow(glass, 8, 0.3f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
         show_page();
         tela_setcanvas(nullptr);
     }
 
-    // Entry 0 shows the shapes, every other entry the cards.
+    // One page for each sidebar entry.
     void show_page()
     {
-        Canvas* page = m_selected == 0 ? m_shapes_page : m_cards_page;
+        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page};
+        Canvas* page = pages[m_selected];
         if (page)
             canvas_pop_to_top(page, false);
     }
@@ -259,8 +273,29 @@ private:
         m_selected = entry;
         fill(m_entries[static_cast<std::size_t>(previous)], entry_colour(previous));
         fill(m_entries[static_cast<std::size_t>(entry)], entry_colour(entry));
+        paint_entry(previous);
+        paint_entry(entry);
         show_page();
         tela_setcanvas(nullptr);
+    }
+
+    // An entry's label, centred on it in bold.
+    void paint_entry(int i)
+    {
+        Canvas* entry = m_entries[static_cast<std::size_t>(i)];
+        entry->beginRender();
+        Tela::TextDescription label(WString(SIDEBAR_LABELS[i]), {entry->getWidth() / 2, 11},
+                                    fromColour(Palette::getDefault().text(eTextNormal)), TextAlignment{2, 0},
+                                    Tela::FontDesc(String(), 14, Tela::FontDesc::eBold));
+        entry->getRenderer().render(label);
+        entry->endRender();
+    }
+
+    // The text page's wrapping box takes a new width, and its text wraps again.
+    void resize_wrapping_box(int width)
+    {
+        m_wrap_width = width;
+        TextPage::paint(m_text_page, Palette::getDefault(), m_wrap_width);
     }
 
     void snapshot(const char* name)
@@ -283,8 +318,9 @@ private:
             state.rootWindows.front().eventHandler->handleEvent(report);
     }
 
-    // What a user might do in the first second: pick the fourth entry, go one
-    // down with the keyboard, light a card; then look, and close the window.
+    // What a user might do in the first second: pick the cards, light one, go
+    // up to the text with the keyboard and widen its wrapping box; then look,
+    // and close the window.
     void play_script()
     {
         const auto click = [](int x, int y) {
@@ -295,20 +331,26 @@ private:
             press.action = MouseEvent::eLeftUp;
             input(press);
         };
-        click(60, 16 + 3 * 44 + 10);
-        KeyEvent down;
-        down.keyCode = KEY_DOWN;
-        input(down);
-        down.action = KeyEvent::eRelease;
-        input(down);
+        click(60, 16 + 2 * 44 + 10);
         click(300, 100);
+        KeyEvent up;
+        up.keyCode = KEY_UP;
+        input(up);
+        up.action = KeyEvent::eRelease;
+        input(up);
         m_script = Qv::make<FunctionWrapper>([this] {
-            snapshot("gallery-2-after-session.png");
+            snapshot("gallery-2-text.png");
+            resize_wrapping_box(TextPage::WIDE_BOX);
+        });
+        EventTimeServer::instance().registerForTimeEvent(m_script.get(), 400);
+        // The next updates show the new width; the last picture waits for them.
+        m_script_end = Qv::make<FunctionWrapper>([this] {
+            snapshot("gallery-3-after-session.png");
             WindowEvent close;
             close.kind = WindowEvent::eCloseRequest;
             input(close);
         });
-        EventTimeServer::instance().registerForTimeEvent(m_script.get(), 600);
+        EventTimeServer::instance().registerForTimeEvent(m_script_end.get(), 700);
     }
 
     std::string m_screenshots;
@@ -318,10 +360,13 @@ private:
     std::vector<Canvas*> m_cards;
     Canvas* m_cards_page = nullptr;
     Canvas* m_shapes_page = nullptr;
+    Canvas* m_text_page = nullptr;
+    int m_wrap_width = TextPage::NARROW_BOX;
     bool m_card_lit[3] = {false, false, false};
     int m_selected = 0;
     int m_marker_steps = 0;
     Qv::Ptr<EventHandler> m_script;
+    Qv::Ptr<EventHandler> m_script_end;
     int m_failures = 0;
     bool m_on_screen = std::strcmp(Tela::choosePlatform(), "headless") != 0;
 };
