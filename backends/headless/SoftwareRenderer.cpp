@@ -220,6 +220,7 @@ Headless::SoftwareRenderer::SoftwareRenderer(const Qv::Ptr<HostImage>& image, pi
     , m_lock(image->lock())
     , m_target(target)
 {
+    image->getSize(m_size);
     pixman_region32_init(&m_clip);
 }
 
@@ -267,14 +268,30 @@ void Headless::SoftwareRenderer::fill(const TopDownRect& area, const NormalisedR
 {
     // pixman's solid fill writes whatever the boxes and the clip allow, even outside the
     // image (where it runs into the neighbouring rows), so the box is cut to the image here.
-    XY<int> size;
-    m_image->getSize(size);
     const TopDownRect given = normalised(area);
-    const TopDownRect box { std::max(given.left, 0), std::max(given.top, 0), std::min(given.right, size.x),
-                            std::min(given.bottom, size.y) };
+    TopDownRect box { std::max(given.left, 0), std::max(given.top, 0), std::min(given.right, m_size.x),
+                      std::min(given.bottom, m_size.y) };
     if (box.isEmpty())
         return;
     const pixman_color_t pixman_colour = premultiplied(colour);
+    // An opaque colour replaces what lies below under either operator, and within a
+    // clip of one rectangle (a canvas nothing covers) the box only needs cutting to it:
+    // the plain fill then skips the region built and intersected for every call.
+    const bool single_clip = m_clip_copy == ClipCopy::Held && pixman_region32_n_rects(&m_clip) == 1;
+    if (pixman_colour.alpha == 0xFFFF && (m_clip_copy == ClipCopy::None || single_clip)) {
+        if (single_clip) {
+            const pixman_box32_t* clip = pixman_region32_extents(&m_clip);
+            box = { std::max(box.left, clip->x1), std::max(box.top, clip->y1), std::min(box.right, clip->x2),
+                    std::min(box.bottom, clip->y2) };
+            if (box.isEmpty())
+                return;
+        }
+        const std::uint32_t pixel = 0xFF000000u | std::uint32_t(pixman_colour.red >> 8) << 16 |
+                                    std::uint32_t(pixman_colour.green >> 8) << 8 | std::uint32_t(pixman_colour.blue >> 8);
+        if (pixman_fill(pixman_image_get_data(m_target), pixman_image_get_stride(m_target) / 4, 32, box.left,
+                        box.top, box.width(), box.height(), pixel))
+            return;
+    }
     const pixman_box32_t pixman_box { box.left, box.top, box.right, box.bottom };
     pixman_image_fill_boxes(op, m_target, &pixman_colour, 1, &pixman_box);
 }

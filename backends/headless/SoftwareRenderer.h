@@ -135,6 +135,7 @@ private:
     Qv::Ptr<HostImage> m_image;
     Qv::Ptr<iPixelGuard> m_lock;
     pixman_image_t* m_target;
+    XY<int> m_size;   // of the image, which cannot change while the renderer holds it
     // What m_clip says: no clip, the clip, or nothing (it could not be copied), in which
     // case only pixman may draw.
     enum class ClipCopy { None, Held, Lost };

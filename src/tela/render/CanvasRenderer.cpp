@@ -244,19 +244,6 @@ void CanvasRenderer::setClipRect(const Qv::Box<int>& box)
 
 // [SECTION] Damage
 
-void CanvasRenderer::addModifiedArea(const Qv::Box<int>& box)
-{
-    if (!coalesceDirtyRegions || modifiedAreas.empty()) {
-        modifiedAreas.push_back(box);
-        return;
-    }
-    Qv::Box<int>& first = modifiedAreas.front();
-    first.x1 = std::min({first.x1, box.x1, box.x2});
-    first.y1 = std::min({first.y1, box.y1, box.y2});
-    first.x2 = std::max({first.x2, box.x1, box.x2});
-    first.y2 = std::max({first.y2, box.y1, box.y2});
-}
-
 void CanvasRenderer::clear()
 {
     modifiedAreas.clear();

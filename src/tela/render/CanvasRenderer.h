@@ -27,6 +27,7 @@
 #include "tela/platform/iShaderEffect.h"
 #include "tela/render/Descriptions.h"
 
+#include <algorithm>
 #include <cstdint>
 
 class Canvas;
@@ -144,6 +145,20 @@ public:
     std::int32_t renderDepth = 0;
     float uiScale = 1.0f;
 };
+
+// Once a primitive, so defined here.
+inline void CanvasRenderer::addModifiedArea(const Qv::Box<int>& box)
+{
+    if (!coalesceDirtyRegions || modifiedAreas.empty()) {
+        modifiedAreas.push_back(box);
+        return;
+    }
+    Qv::Box<int>& first = modifiedAreas.front();
+    first.x1 = std::min({first.x1, box.x1, box.x2});
+    first.y1 = std::min({first.y1, box.y1, box.y2});
+    first.x2 = std::max({first.x2, box.x1, box.x2});
+    first.y2 = std::max({first.y2, box.y1, box.y2});
+}
 
 template <typename Description>
 void CanvasRenderer::render(const Description& description)

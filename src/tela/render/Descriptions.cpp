@@ -42,42 +42,6 @@ void move_box(Qv::Box<int>& box, int dx, int dy)
 
 // Rectangles
 
-RectDescription::RectDescription(const Qv::Box<int>& area, const Colour& first, const Colour& second)
-    : box(area), colour(fromColour(first)), secondColour(fromColour(second)), blendMode(eBlendReplace), twoColours(true)
-{
-}
-
-RectDescription::RectDescription(const Qv::Box<int>& area, const Colour& fill)
-    : box(area), colour(fromColour(fill)), secondColour(colour), blendMode(eBlendReplace), twoColours(false)
-{
-}
-
-RectDescription::RectDescription(const Qv::Box<int>& area, const NormalisedRGB& first, const NormalisedRGB& second)
-    : box(area), colour(first), secondColour(second), blendMode(eBlendReplace), twoColours(true)
-{
-}
-
-RectDescription::RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill)
-    : box(area), colour(fill), secondColour(fill), blendMode(fill.a == 1.0f ? eBlendReplace : eBlendOver),
-      twoColours(false)
-{
-}
-
-RectDescription::RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill, eBlendMode mode)
-    : box(area), colour(fill), secondColour(fill), blendMode(mode), twoColours(false)
-{
-}
-
-RectDescription::RectDescription(const RectDescription&) = default;
-RectDescription::RectDescription(RectDescription&&) noexcept = default;
-RectDescription& RectDescription::operator=(const RectDescription&) = default;
-RectDescription& RectDescription::operator=(RectDescription&&) noexcept = default;
-
-Qv::Box<int> RectDescription::getExtents() const
-{
-    return box;
-}
-
 void RectDescription::translate(int dx, int dy)
 {
     move_box(box, dx, dy);

@@ -53,21 +53,38 @@ eTextStyle mapTextStyle(TextStyles::TextStyle style);
 
 class RectDescription {
 public:
+    // Defined here, as every draw of a rectangle builds one: a call each would
+    // cost as much as the fill of a small one.
     RectDescription() = default;
     // Two colours from Colour values (through fromColour): the second reaches the renderer.
-    RectDescription(const Qv::Box<int>& area, const Colour& first, const Colour& second);
+    RectDescription(const Qv::Box<int>& area, const Colour& first, const Colour& second)
+        : box(area), colour(fromColour(first)), secondColour(fromColour(second)), twoColours(true)
+    {
+    }
     // One Colour: replaced, never blended, whatever its alpha.
-    RectDescription(const Qv::Box<int>& area, const Colour& fill);
-    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& first, const NormalisedRGB& second);
+    RectDescription(const Qv::Box<int>& area, const Colour& fill)
+        : box(area), colour(fromColour(fill)), secondColour(colour)
+    {
+    }
+    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& first, const NormalisedRGB& second)
+        : box(area), colour(first), secondColour(second), twoColours(true)
+    {
+    }
     // One renderer colour: laid over what is below unless it is exactly opaque.
-    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill);
-    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill, eBlendMode mode);
-    RectDescription(const RectDescription&);
-    RectDescription(RectDescription&&) noexcept;
-    RectDescription& operator=(const RectDescription&);
-    RectDescription& operator=(RectDescription&&) noexcept;
+    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill)
+        : box(area), colour(fill), secondColour(fill), blendMode(fill.a == 1.0f ? eBlendReplace : eBlendOver)
+    {
+    }
+    RectDescription(const Qv::Box<int>& area, const NormalisedRGB& fill, eBlendMode mode)
+        : box(area), colour(fill), secondColour(fill), blendMode(mode)
+    {
+    }
+    RectDescription(const RectDescription&) = default;
+    RectDescription(RectDescription&&) noexcept = default;
+    RectDescription& operator=(const RectDescription&) = default;
+    RectDescription& operator=(RectDescription&&) noexcept = default;
 
-    Qv::Box<int> getExtents() const;
+    Qv::Box<int> getExtents() const { return box; }
     void translate(int dx, int dy);
 
     Qv::Box<int> box;
