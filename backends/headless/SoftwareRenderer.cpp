@@ -41,12 +41,17 @@ float unit_interval(float value)
     return value < 1.0f ? value : 1.0f;
 }
 
+// value is within 0..1 here, so adding a half and truncating rounds as lround would
+// (in double, where the half cannot round the sum up), at a fraction of its cost.
+std::uint32_t to_byte(float value)
+{
+    return static_cast<std::uint32_t>(static_cast<double>(value * 255.0f) + 0.5);
+}
+
 std::uint16_t to_pixman_channel(float value)
 {
     // byte * 257 is what pixman turns back into exactly that byte (it keeps the high 8 bits).
-    // value is within 0..1 here, so adding a half and truncating rounds as lround would
-    // (in double, where the half cannot round the sum up), at a fraction of its cost.
-    return static_cast<std::uint16_t>(static_cast<int>(static_cast<double>(value * 255.0f) + 0.5) * 257);
+    return static_cast<std::uint16_t>(to_byte(value) * 257);
 }
 
 pixman_color_t premultiplied(const NormalisedRGB& colour)
@@ -273,12 +278,11 @@ void Headless::SoftwareRenderer::fill(const TopDownRect& area, const NormalisedR
                       std::min(given.bottom, m_size.y) };
     if (box.isEmpty())
         return;
-    const pixman_color_t pixman_colour = premultiplied(colour);
     // An opaque colour replaces what lies below under either operator, and within a
     // clip of one rectangle (a canvas nothing covers) the box only needs cutting to it:
     // the plain fill then skips the region built and intersected for every call.
     const bool single_clip = m_clip_copy == ClipCopy::Held && pixman_region32_n_rects(&m_clip) == 1;
-    if (pixman_colour.alpha == 0xFFFF && (m_clip_copy == ClipCopy::None || single_clip)) {
+    if (unit_interval(colour.a) == 1.0f && (m_clip_copy == ClipCopy::None || single_clip)) {
         if (single_clip) {
             const pixman_box32_t* clip = pixman_region32_extents(&m_clip);
             box = { std::max(box.left, clip->x1), std::max(box.top, clip->y1), std::min(box.right, clip->x2),
@@ -286,12 +290,13 @@ void Headless::SoftwareRenderer::fill(const TopDownRect& area, const NormalisedR
             if (box.isEmpty())
                 return;
         }
-        const std::uint32_t pixel = 0xFF000000u | std::uint32_t(pixman_colour.red >> 8) << 16 |
-                                    std::uint32_t(pixman_colour.green >> 8) << 8 | std::uint32_t(pixman_colour.blue >> 8);
+        const std::uint32_t pixel = 0xFF000000u | to_byte(unit_interval(colour.r)) << 16 |
+                                    to_byte(unit_interval(colour.g)) << 8 | to_byte(unit_interval(colour.b));
         if (pixman_fill(pixman_image_get_data(m_target), pixman_image_get_stride(m_target) / 4, 32, box.left,
                         box.top, box.width(), box.height(), pixel))
             return;
     }
+    const pixman_color_t pixman_colour = premultiplied(colour);
     const pixman_box32_t pixman_box { box.left, box.top, box.right, box.bottom };
     pixman_image_fill_boxes(op, m_target, &pixman_colour, 1, &pixman_box);
 }
