@@ -104,3 +104,9 @@ void tela_splat(const char* message)
     murl_printf(message);
 #pragma GCC diagnostic pop
 }
+
+void zeb_splat(const char* text)
+{
+    if (text)
+        murl_printf("%s\n", text);
+}

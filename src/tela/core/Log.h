@@ -21,6 +21,11 @@ bool synchronousLogging();
 // A message whose conversions would want arguments is printed as it stands.
 void tela_splat(const char* message) __attribute__((format(printf, 1, 0)));
 
+// zeb_splat: the report of a class used against its contract (a call that
+// must not be made). `text` is printed as it stands, on a line of its own;
+// the caller carries on.
+void zeb_splat(const char* text);
+
 namespace Qv {
 // Receives each formatted message. Passing null restores stderr. Returns the previous sink.
 using LogSink = void (*)(const char* text, void* context);
