@@ -86,7 +86,7 @@ fuzz: deps-fuzz
 		$(BUILD)/fuzz/tests/fuzz/$$fuzzer $$found $$corpus $$dict -max_total_time=$(FUZZ_SECONDS) \
 			-timeout=$(FUZZ_TIMEOUT) -artifact_prefix=$(BUILD)/fuzz/artifacts/$$fuzzer- -print_final_stats=1 \
 			> $(BUILD)/fuzz/$$fuzzer.log 2>&1 || { tail -n 60 $(BUILD)/fuzz/$$fuzzer.log; exit 1; }; \
-		grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb|#[0-9]+ +DONE)' $(BUILD)/fuzz/$$fuzzer.log || true; \
+		grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb|#[0-9]+[[:space:]]+DONE)' $(BUILD)/fuzz/$$fuzzer.log || true; \
 		$(BUILD)/fuzz/tests/fuzz/$$fuzzer -merge=1 $$corpus $$found > $(BUILD)/fuzz/$$fuzzer-merge.log 2>&1 \
 			|| { tail -n 20 $(BUILD)/fuzz/$$fuzzer-merge.log; exit 1; }; \
 		echo "   corpus: $$(ls $$corpus | wc -l) inputs"; \
