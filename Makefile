@@ -1,11 +1,12 @@
-# The two commands of the README: `make demo` and `make test`. `make bench` for the figures.
+# The two commands of the README: `make demo` and `make test`. `make bench` for the figures,
+# `make fuzz` to fuzz (FUZZ_SECONDS a fuzzer, 60 by default).
 BUILD      ?= build
 GENERATOR  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 CTEST_ARGS := --output-on-failure --timeout 900
 
 PREFIX     ?= /usr/local
 
-.PHONY: all deps deps-bench configure build test test-release test-asan tsan demo install bench clean
+.PHONY: all deps deps-bench deps-fuzz fuzz configure build test test-release test-asan tsan demo install bench clean
 
 all: build
 
@@ -14,6 +15,9 @@ deps:
 
 deps-bench:
 	@scripts/install-deps.sh bench
+
+deps-fuzz:
+	@scripts/install-deps.sh fuzz
 
 configure: deps
 	cmake -S . -B $(BUILD)/release $(GENERATOR) -DCMAKE_BUILD_TYPE=RelWithDebInfo
@@ -59,6 +63,33 @@ bench: deps-bench
 	cmake --build $(BUILD)/bench
 	@for benchmark in $(BUILD)/bench/bench/bench_*; do \
 		echo "== $$benchmark"; $$benchmark --benchmark_min_time=0.2; \
+	done
+
+# Every tests/fuzz/<name>_fuzz.cpp is a fuzzer, built with clang's libFuzzer and
+# the address and UB sanitisers, run for FUZZ_SECONDS on its corpus tests/fuzz/<name>/.
+# What a run finds lands in a scratch folder first; only the inputs that reach
+# code the corpus did not reach are merged into it, so the corpus stays small.
+# A crash, a broken rule or a hang (an input slower than FUZZ_TIMEOUT seconds)
+# stops the run, and the input is left under $(BUILD)/fuzz/artifacts.
+FUZZ_SECONDS ?= 60
+FUZZ_TIMEOUT ?= 10
+FUZZERS      := $(patsubst tests/fuzz/%.cpp,%,$(wildcard tests/fuzz/*_fuzz.cpp))
+fuzz: deps-fuzz
+	cmake -S . -B $(BUILD)/fuzz $(GENERATOR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTELA_FUZZ=ON \
+		-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+	cmake --build $(BUILD)/fuzz --target fuzzers
+	@set -e; for fuzzer in $(FUZZERS); do \
+		name=$${fuzzer%_fuzz}; corpus=tests/fuzz/$$name; found=$(BUILD)/fuzz/found/$$name; \
+		dict=""; [ -f tests/fuzz/$$name.dict ] && dict=-dict=tests/fuzz/$$name.dict; \
+		mkdir -p $$corpus $$found $(BUILD)/fuzz/artifacts; rm -f $$found/*; \
+		echo "== $$fuzzer: $(FUZZ_SECONDS) s on $$corpus"; \
+		$(BUILD)/fuzz/tests/fuzz/$$fuzzer $$found $$corpus $$dict -max_total_time=$(FUZZ_SECONDS) \
+			-timeout=$(FUZZ_TIMEOUT) -artifact_prefix=$(BUILD)/fuzz/artifacts/$$fuzzer- -print_final_stats=1 \
+			> $(BUILD)/fuzz/$$fuzzer.log 2>&1 || { tail -n 60 $(BUILD)/fuzz/$$fuzzer.log; exit 1; }; \
+		grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb|#[0-9]+[[:space:]]+DONE)' $(BUILD)/fuzz/$$fuzzer.log || true; \
+		$(BUILD)/fuzz/tests/fuzz/$$fuzzer -merge=1 $$corpus $$found > $(BUILD)/fuzz/$$fuzzer-merge.log 2>&1 \
+			|| { tail -n 20 $(BUILD)/fuzz/$$fuzzer-merge.log; exit 1; }; \
+		echo "   corpus: $$(ls $$corpus | wc -l) inputs"; \
 	done
 
 clean:

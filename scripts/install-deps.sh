@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a target needs, and only those that are missing.
-# Usage: scripts/install-deps.sh test|bench
+# Usage: scripts/install-deps.sh test|bench|fuzz
 set -euo pipefail
 
 core=(g++ make cmake ninja-build pkg-config ccache
@@ -8,11 +8,14 @@ core=(g++ make cmake ninja-build pkg-config ccache
       libpng-dev libjpeg62-turbo-dev libsdl2-dev libx11-dev nlohmann-json3-dev
       libgtest-dev libgmock-dev fonts-dejavu-core xvfb xauth)
 bench=(libbenchmark-dev qtbase5-dev libpango1.0-dev)
+# clang and its libFuzzer runtime (libclang_rt.fuzzer), for `make fuzz` only.
+fuzz=(clang libclang-rt-14-dev)
 
 case "${1:-test}" in
   test)  wanted=("${core[@]}") ;;
   bench) wanted=("${core[@]}" "${bench[@]}") ;;
-  *) echo "usage: $0 test|bench" >&2; exit 2 ;;
+  fuzz)  wanted=("${core[@]}" "${fuzz[@]}") ;;
+  *) echo "usage: $0 test|bench|fuzz" >&2; exit 2 ;;
 esac
 
 missing=()
