@@ -38,4 +38,6 @@
 #include "tela/text/TextFitting.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 #include "tela/vector/GraphicsState.h"
+#include "tela/vector/Path.h"
 #include "tela/vector/Regions.h"
+#include "tela/vector/ScanConverter.h"
