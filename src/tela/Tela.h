@@ -43,4 +43,6 @@
 #include "tela/text/TooltipDetails.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 #include "tela/vector/GraphicsState.h"
+#include "tela/vector/Path.h"
 #include "tela/vector/Regions.h"
+#include "tela/vector/ScanConverter.h"

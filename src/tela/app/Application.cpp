@@ -21,6 +21,8 @@
 #include "tela/state/TelaState.h"
 #include "tela/text/Fonts.h"
 #include "tela/vector/GraphicsState.h"
+#include "tela/vector/Path.h"
+#include "tela/vector/ScanTable.h"
 
 #include <algorithm>
 #include <climits>
@@ -58,10 +60,16 @@ void init_gamma_tables()
 }
 // The raster image cache: RasterImage::flushCache(), whose body is empty.
 void flush_raster_image_cache() {}
-// The scan converter's tables: filled by the scan converter.
-void init_scan_converter() {}
-// path_init(): filled by the path builder.
-void init_path() {}
+// The scan converter's first heap block, kept for the process.
+void init_scan_converter()
+{
+    scan_heap_init();
+}
+// The current path's buffers, kept for the process.
+void init_path()
+{
+    path_init();
+}
 // The font scale back to 1.0.
 void reset_font_scale()
 {

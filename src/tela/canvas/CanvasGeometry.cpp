@@ -11,6 +11,7 @@
 #include "tela/vector/GraphicsState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
+#include "tela/vector/ScanConverter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -148,6 +149,18 @@ int tela_reshapecanvas(Canvas* canvas, Qv::Ptr<iRegion> region)
     const int window_y = telaScreenYTowin32ScreenY(canvas->getRootParent(), ty) - std::abs(box.height());
     region->translateInPlace(tx, window_y);
     return apply_shape(canvas, region, ctm);
+}
+
+int tela_reshapecanvas(Canvas* canvas, unsigned short /*width*/, unsigned short /*height*/)
+{
+    if (!canvas)
+        return 0;
+    // Already in the window's coordinates: the path was placed by the matrix
+    // point by point as it was built.
+    const RegionPtr region = path_to_region(canvas, 0, 1, 0);
+    if (!region)
+        return 0;
+    return apply_shape(canvas, region, gstate_ctm());
 }
 
 int tela_reshapeaddchildren(Canvas* canvas)

@@ -23,6 +23,10 @@ void tela_rescalecanvas(Canvas* canvas);
 // Places `region` by the current matrix (moving the region itself, which the
 // caller must own) and makes it the shape. 0 for a null canvas or region.
 int tela_reshapecanvas(Canvas* canvas, Qv::Ptr<iRegion> region);
+// The shape becomes the area of the current path, which is used up. The size
+// is not read: the path says it all. 0, shape left alone, for a null canvas
+// or a path that covers nothing.
+int tela_reshapecanvas(Canvas* canvas, unsigned short width, unsigned short height);
 // The shape becomes the union of the canvas's own and its children's.
 int tela_reshapeaddchildren(Canvas* canvas);
 // Places a connected canvas at `rect`, in window coordinates (top-down, as

@@ -6,7 +6,7 @@
 #include "tela/core/Ptr.h"
 #include "tela/state/TelaState.h"
 #include "tela/vector/Matrix.h"
-#include "tela/vector/PathState.h"
+#include "tela/vector/Path.h"
 
 #include <cmath>
 #include <cstring>

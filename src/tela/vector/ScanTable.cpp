@@ -1,0 +1,335 @@
+// ScanTable.cpp: the edge collector of the scan converter.
+//
+// Invariants
+// - Row i of the table samples device y = originY + i + 0.5, and stands for
+//   the pixel row [originY + i, originY + i + 1) counted upward.
+// - Each row is a singly linked list from its head, sorted by exactX, equal
+//   values in order of arrival from the back. A transition at x means the
+//   pixels from ceil(x) on are on its far side.
+// - Every record, heads included, lives in one of at most SCAN_MOST_BLOCKS
+//   blocks; blocks[0] is kept for the process, the others go at scan_reset.
+//   The table is valid from scan_begin until the next scan_begin or reset.
+// - Coordinates reaching this file are cut to +-EDGE_LIMIT, so every
+//   conversion to int below is in range whatever the path held.
+//
+// Reports: each kind of trouble is reported once per table. A path cut by
+// the table, or by the heap, would otherwise print once for every edge of
+// every flattened curve.
+
+#include "tela/vector/ScanTable.h"
+
+#include "tela/canvas/Canvas.h"
+#include "tela/core/Log.h"
+#include "tela/core/Memory.h"
+#include "tela/vector/RegionBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <new>
+
+static_assert(sizeof(ScanTrans) * SCAN_BLOCK_RECORDS == 2560000, "a block is 2,560,000 bytes");
+
+namespace {
+
+// Far beyond any window, near enough to zero that sums of a few such values
+// stay well inside an int.
+constexpr double EDGE_LIMIT = double(1 << 26);
+
+enum Trouble : unsigned {
+    NEGATIVE_INDEX = 1,
+    INDEX_TOO_BIG = 2,
+    HEAP_SPENT = 4,
+    BAD_LIST = 8,
+};
+
+struct ScanHeap {
+    ScanTrans* blocks[SCAN_MOST_BLOCKS] = {};
+    int blockCount = 0;
+    ScanTrans* bump = nullptr;
+    int recordsLeft = 0;
+};
+
+struct ScanTableState {
+    int lines = 0;
+    ScanTrans* heads = nullptr;
+    int originX = 0;
+    int originY = 0;
+    unsigned reported = 0;
+};
+
+ScanHeap& heap()
+{
+    static ScanHeap s_heap;
+    return s_heap;
+}
+
+ScanTableState& table()
+{
+    static ScanTableState s_table;
+    return s_table;
+}
+
+void report_once(Trouble trouble, const char* message)
+{
+    ScanTableState& t = table();
+    if (t.reported & trouble)
+        return;
+    t.reported |= trouble;
+    tela_splat(message);
+}
+
+// NaN goes to the low end; callers filter it before it matters.
+int to_int(double value)
+{
+    if (value >= EDGE_LIMIT)
+        return int(EDGE_LIMIT);
+    if (value > -EDGE_LIMIT)
+        return int(value);
+    return -int(EDGE_LIMIT);
+}
+
+double clamp_coordinate(double value)
+{
+    return std::clamp(value, -EDGE_LIMIT, EDGE_LIMIT);
+}
+
+} // namespace
+
+void scan_heap_init()
+{
+    // A second start-up keeps the block it has.
+    if (heap().blockCount == 0)
+        scan_alloc_trans();
+    scan_reset();
+}
+
+void scan_reset()
+{
+    ScanHeap& h = heap();
+    for (int block = 1; block < h.blockCount; ++block) {
+        Qv::release(h.blocks[block]);
+        h.blocks[block] = nullptr;
+    }
+    h.blockCount = std::min(h.blockCount, 1);
+    h.bump = h.blocks[0];
+    h.recordsLeft = h.blockCount > 0 ? SCAN_BLOCK_RECORDS : 0;
+    ScanTableState& t = table();
+    t.lines = 0;
+    t.heads = nullptr;
+    t.reported = 0;
+}
+
+ScanTrans* scan_alloc_trans()
+{
+    ScanHeap& h = heap();
+    if (h.recordsLeft == 0) {
+        if (h.blockCount >= SCAN_MOST_BLOCKS)
+            return nullptr;
+        void* block = Qv::allocate(sizeof(ScanTrans) * SCAN_BLOCK_RECORDS);
+        if (!block)
+            return nullptr;
+        h.blocks[h.blockCount++] = static_cast<ScanTrans*>(block);
+        h.bump = static_cast<ScanTrans*>(block);
+        h.recordsLeft = SCAN_BLOCK_RECORDS;
+    }
+    --h.recordsLeft;
+    return new (h.bump++) ScanTrans{};
+}
+
+void scan_begin(int xmin, int ymin, int xmax, int ymax)
+{
+    (void)xmax; // rows are as wide as their transitions make them
+    scan_reset();
+    ScanTableState& t = table();
+    t.originX = xmin;
+    t.originY = ymin;
+    ScanHeap& h = heap();
+    const std::int64_t wanted = std::int64_t(ymax) - ymin + 2;
+    const int lines = int(std::clamp<std::int64_t>(wanted, 0, h.recordsLeft));
+    // The heads are a run of records from the first block, carved in one go.
+    t.heads = h.bump;
+    for (int line = 0; line < lines; ++line)
+        new (h.bump++) ScanTrans{};
+    h.recordsLeft -= lines;
+    t.lines = lines;
+}
+
+double scan_nudge(double v)
+{
+    return v == std::floor(v) ? v - 0.001 : v;
+}
+
+void scan_add_line(double x0, double y0, double x1, double y1)
+{
+    if (std::isnan(x0) || std::isnan(y0) || std::isnan(x1) || std::isnan(y1))
+        return;
+    x0 = clamp_coordinate(x0);
+    y0 = clamp_coordinate(y0);
+    x1 = clamp_coordinate(x1);
+    y1 = clamp_coordinate(y1);
+    // The half pixel moves sampling to pixel centres.
+    const double a = scan_nudge(y0 - 0.5);
+    const double b = scan_nudge(y1 - 0.5);
+    if (b > a)
+        scan_add_span(x1 - 0.5, b, x0 - 0.5, a, 0);
+    else
+        scan_add_span(x0 - 0.5, a, x1 - 0.5, b, 1);
+}
+
+void scan_add_span(double xHigh, double yHigh, double xLow, double yLow, std::uint32_t direction)
+{
+    if (!(yHigh > yLow)) // equal, or not numbers: nothing to sample
+        return;
+    const int top = to_int(std::floor(yHigh));
+    int line = to_int(std::ceil(yLow));
+    if (line > top)
+        return; // between two sampling rows
+    const double slope = (xHigh - xLow) / (yHigh - yLow);
+    double x = (line - yHigh) * slope + xHigh;
+    while (scan_add_trans(x, line, direction, slope) && line + 1 <= top) {
+        ++line;
+        x += slope;
+    }
+}
+
+bool scan_add_trans(double x, int line, std::uint32_t direction, double slope)
+{
+    ScanTableState& t = table();
+    if (line < 0) {
+        report_once(NEGATIVE_INDEX, "scan_add_trans: negative index!\n");
+        return false;
+    }
+    if (line >= t.lines) {
+        report_once(INDEX_TOO_BIG, "scan_add_trans: index too big!\n");
+        return false;
+    }
+    ScanTrans* before = &t.heads[line];
+    while (before->next && x > before->next->exactX)
+        before = before->next;
+    ScanTrans* const record = scan_alloc_trans();
+    if (!record) {
+        report_once(HEAP_SPENT, "not enough scan-conversion heap");
+        return false;
+    }
+    record->exactX = x;
+    record->x = to_int(std::ceil(x));
+    record->direction = direction;
+    record->slope = slope;
+    record->next = before->next;
+    before->next = record;
+    return true;
+}
+
+void scan_line_wind_to_eofill(int line)
+{
+    ScanTableState& t = table();
+    if (line < 0 || line >= t.lines)
+        return;
+    int winding = 0;
+    ScanTrans* before = &t.heads[line];
+    while (ScanTrans* record = before->next) {
+        const int new_winding = winding - 1 + ((record->direction & 1) ? 2 : 0);
+        if (new_winding != 0 && winding != 0) {
+            // Inside before and after: this crossing changes nothing visible.
+            if (!record->next)
+                report_once(BAD_LIST, "scan_line_wind_to_eofill: bad scan list during simplify");
+            before->next = record->next;
+        } else {
+            before = record;
+        }
+        winding = new_winding;
+    }
+}
+
+void scan_all_wind_to_eofill()
+{
+    for (int line = 0; line < table().lines; ++line)
+        scan_line_wind_to_eofill(line);
+}
+
+void scan_widen(int line)
+{
+    ScanTableState& t = table();
+    if (line < 0 || line >= t.lines || !t.heads[line].next)
+        return;
+    const ScanTrans* previous = t.heads[line].next;
+    int index = 1;
+    for (ScanTrans* record = previous->next; record; record = record->next, ++index) {
+        if (index % 2 == 1) {
+            if (record->x <= previous->x)
+                record->x = previous->x + 1; // a span is at least one pixel wide
+        } else if (record->x <= previous->x && record->next && record->next->x >= previous->x + 3) {
+            record->x = previous->x + 1; // spans kept apart only where there is room
+        }
+        previous = record;
+    }
+}
+
+void scan_widen_all(int flags)
+{
+    if (!(flags & 4))
+        return;
+    for (int line = 0; line < table().lines; ++line)
+        scan_widen(line);
+}
+
+Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
+{
+    const ScanTableState& t = table();
+    if (!canvas)
+        return nullptr;
+    int lowest = 0;
+    while (lowest < t.lines && !t.heads[lowest].next)
+        ++lowest;
+    int highest = t.lines - 1;
+    while (highest > lowest && !t.heads[highest].next)
+        --highest;
+    if (lowest >= t.lines)
+        return nullptr;
+
+    Tela::RegionBuilder builder(std::size_t(highest - lowest + 1));
+    const int root_height = canvas->getRootParent()->getHeight();
+    // From the highest row down, so rectangles arrive top first in the window.
+    for (int line = highest; line >= lowest; --line) {
+        const int window_y = root_height - t.originY - line;
+        const ScanTrans* record = t.heads[line].next;
+        // Pairs: the first opens a span, the next closes it. An odd last
+        // record opens a span that nothing closes, and adds nothing.
+        for (; record && record->next; record = record->next->next) {
+            const int x0 = record->x + t.originX;
+            const int x1 = record->next->x + t.originX;
+            if (x1 > x0)
+                builder.appendRect(x0, window_y - 1, x1, window_y);
+        }
+    }
+    return builder.create();
+}
+
+int scan_lines()
+{
+    return table().lines;
+}
+
+int scan_origin_x()
+{
+    return table().originX;
+}
+
+int scan_origin_y()
+{
+    return table().originY;
+}
+
+const ScanTrans* scan_first_trans(int line)
+{
+    const ScanTableState& t = table();
+    if (line < 0 || line >= t.lines)
+        return nullptr;
+    return t.heads[line].next;
+}
+
+int scan_heap_blocks()
+{
+    return heap().blockCount;
+}
