@@ -69,22 +69,31 @@ public:
         return tile;
     }
 };
+// A root window of `size` on the display road `road`, whose paint events go
+// back to the library; the next windows are made on the host road again.
+RootCanvas* root_on(iImageBase::eLocation road, XY<int> size, const Qv::Ptr<PaintForwarder>& sink,
+                    Qv::Ptr<iWallpaperProvider> wallpaper = {})
+{
+    Headless::services().windowing()->setDefaultDisplayLocation(road);
+    iRootWindow::InitArgs args;
+    args.size = size;
+    args.wallpaper = std::move(wallpaper);
+    args.eventHandler = sink;
+    RootCanvas* root = tela_createRootCanvas(args);
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    sink->root = root;
+    return root;
+}
+
 } // namespace
 
 class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
 
 TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
 {
-    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
-    iRootWindow::InitArgs args;
-    args.size = {WIDTH, HEIGHT};
-    args.wallpaper = Qv::make<CheckerWallpaper>();
-    args.eventHandler = sink;
-    RootCanvas* root = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    RootCanvas* root = root_on(GetParam(), {WIDTH, HEIGHT}, sink, Qv::make<CheckerWallpaper>());
     ASSERT_NE(root, nullptr);
-    sink->root = root;
     auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     ASSERT_EQ(window->displayLocation(), GetParam());
     Canvas* glass = nullptr;
@@ -137,15 +146,9 @@ INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::
 
 TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
 {
-    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
-    iRootWindow::InitArgs args;
-    args.size = {40, 30};
-    args.eventHandler = sink;
-    RootCanvas* root = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    RootCanvas* root = root_on(GetParam(), {40, 30}, sink);
     ASSERT_NE(root, nullptr);
-    sink->root = root;
     Headless::services().windowing()->mainLoop().runPending();
     const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     const std::uint32_t shown = window->pixels()->pixelAt(5, 5);
@@ -160,15 +163,9 @@ TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
 
 TEST_P(DisplayRoads, ACanvasThatOnlyItsOwnChildCoversStillShowsTheChild)
 {
-    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
     const auto sink = Qv::make<PaintForwarder>();
-    iRootWindow::InitArgs args;
-    args.size = {60, 40};
-    args.eventHandler = sink;
-    RootCanvas* root = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    RootCanvas* root = root_on(GetParam(), {60, 40}, sink);
     ASSERT_NE(root, nullptr);
-    sink->root = root;
     // A page filling its frame exactly, as a tab of a dialogue does.
     Canvas* frame = painted(root, 10, 10, 40, 20, 0xFFC03030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
     painted(frame, 10, 10, 40, 20, 0xFF30C030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
@@ -228,12 +225,8 @@ TEST(RootCanvas, TheWindowColourIsTheUsersChoiceFromRunToRun)
 
     // The next root, as in the next run, starts with it and paints with it.
     const auto sink = Qv::make<PaintForwarder>();
-    args.eventHandler = sink;
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eGPU);
-    RootCanvas* second = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    RootCanvas* second = root_on(iImageBase::eGPU, {40, 30}, sink);
     ASSERT_NE(second, nullptr);
-    sink->root = second;
     second->window->invalidate(nullptr);
     Headless::services().windowing()->mainLoop().runPending();
     EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(second->window)->pixels()->pixelAt(5, 5), 0xFF336699u);

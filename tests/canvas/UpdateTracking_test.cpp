@@ -399,33 +399,6 @@ TEST_F(WindowFixture, ANewCanvasIsMappedWithoutMarksButUnmappingExposesWhatLiesB
     EXPECT_EQ(inner->mapped, 1);
 }
 
-TEST_F(WindowFixture, MovingACanvasMovesItsSubtreeAndRepaintsBothPlaces)
-{
-    Canvas* a = child(root, 10, 10, 60, 60, RED);
-    Canvas* inner = child(a, 20, 20, 30, 30, GREEN);
-    tela_placecanvas(a, TopDownRect{10, 10, 60, 60});
-    tela_placecanvas(inner, TopDownRect{20, 20, 30, 30});
-    tela_display_dirty_regions(nullptr);
-    root->updateRegion(nullptr);
-    canvupd_mark_all(root);
-    canvupd_mark_all(a);
-    canvupd_mark_all(inner);
-    EXPECT_EQ(shown(15, 15), RED);
-    EXPECT_EQ(shown(25, 25), GREEN);
-    tela_translatecanvas(a, 100, 0);
-    EXPECT_EQ(a->matrix[0][2], 110);
-    EXPECT_EQ(inner->matrix[0][2], 120);
-    EXPECT_TRUE(a->shape()->contains({150, 20}));
-    EXPECT_TRUE(inner->shape()->contains({125, 25}));
-    EXPECT_EQ(shown(15, 15), 0xFFD4D4D4u);  // the background where it was
-    EXPECT_EQ(shown(115, 15), RED);        // the canvas where it went
-    EXPECT_EQ(shown(125, 25), GREEN);      // with its child
-
-    a->osRenderer = nullptr;
-    a->translate(0, 0); // no move: nothing dropped, nothing moved
-    EXPECT_EQ(a->matrix[0][2], 110);
-}
-
 TEST_F(WindowFixture, StickyGroupsMoveTogetherAndDissolveBelowTwo)
 {
     Canvas* a = child(root, 0, 0, 10, 10);

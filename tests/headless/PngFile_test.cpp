@@ -119,25 +119,3 @@ TEST(PngFile, AFailedWriteLeavesTheEarlierFileAlone)
     EXPECT_EQ(reports.count("PngFile: cannot write an image of 0 x 3 pixels"), 1);
     EXPECT_EQ(read_bytes(path.c_str()), before);
 }
-
-TEST(PngFile, ASnapshotIsWhatTheWindowShows)
-{
-    Headless::RootWindow window(0);
-    window.setSize({ 120, 80 });
-    {
-        Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-        ASSERT_TRUE(window.getRenderer(renderer, 1));
-        const RectDescription backdrop({ 0, 0, 120, 80 }, NormalisedRGB(0.9f, 0.9f, 0.85f));
-        RectDescription glass({ 20, 10, 100, 70 }, NormalisedRGB(0.1f, 0.3f, 0.8f, 0.5f));
-        glass.blendMode = eBlendOver;
-        renderer->drawRects(&backdrop, 1);
-        renderer->drawRects(&glass, 1);
-    }
-    const TemporaryPath path("snapshot.png");
-    ASSERT_TRUE(window.snapshot(path.c_str()));
-    const Qv::Ptr<Headless::HostImage> loaded = Headless::loadPng(path.c_str());
-    ASSERT_TRUE(loaded);
-    EXPECT_TRUE(same_pixels(*loaded, *window.pixels()));
-    EXPECT_EQ(loaded->pixelAt(0, 0), window.pixels()->pixelAt(0, 0));
-    EXPECT_NE(loaded->pixelAt(50, 40), loaded->pixelAt(0, 0));
-}

@@ -1,6 +1,5 @@
 #include "headless/PixmanRegion.h"
 #include "headless/SoftwareRenderer.h"
-#include "headless/PngFile.h"
 #include "support/LiveBlocks.h"
 #include "support/PixelCompare.h"
 #include "support/ReportCapture.h"
@@ -181,24 +180,6 @@ TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
         }
         ASSERT_TRUE(same_pixels(pixels_of(*image), model, WIDTH));
     }
-}
-
-TEST(SoftwareRendererFill, ReplaceWritesTranslucentColourWhileOverBlendsIt)
-{
-    const Qv::Ptr<Headless::HostImage> image = image_of(2, 1, { 0xff0000ff, 0xff0000ff });   // opaque blue
-    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
-    RectDescription rects[2];
-    rects[0].rect = { 0, 0, 1, 1 };
-    rects[0].colour = NormalisedRGB(1.0f, 0.0f, 0.0f, 0.5f);
-    rects[0].blendMode = eBlendReplace;
-    rects[1] = rects[0];
-    rects[1].rect = { 1, 0, 2, 1 };
-    rects[1].blendMode = eBlendOver;
-    renderer->drawRects(rects, 2);
-
-    EXPECT_EQ(image->pixelAt(0, 0), 0x80800000u);             // half-transparent red, blue gone
-    EXPECT_EQ(image->pixelAt(1, 0), over(0x80800000u, 0xff0000ff));
-    EXPECT_EQ(image->pixelAt(1, 0), 0xff80007fu);             // 128 red + 127 of the blue
 }
 
 TEST(SoftwareRendererFill, AlphaRectanglesAlwaysBlendAndANullClipReachesEverything)
@@ -768,19 +749,6 @@ TEST(SoftwareRendererRect, TwoColoursRunFromTheTopRowToTheBottomRow)
     EXPECT_EQ(image->pixelAt(2, 4), 0x80800000u);
 }
 
-TEST(SoftwareRendererCaps, CurvesAndShadersAreNativeAndTestsCanHideBits)
-{
-    const Qv::Ptr<Headless::HostImage> image = image_of(1, 1, Pixels(1, CLEAR));
-    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
-    EXPECT_EQ(renderer->getCaps(), iGraphicPrimitivesRenderer::CAP_NATIVE_BEZIERS
-                                       | iGraphicPrimitivesRenderer::CAP_NATIVE_LINE_STRIPS
-                                       | iGraphicPrimitivesRenderer::CAP_SHADERS);
-    Headless::SoftwareRenderer::hideCaps(iGraphicPrimitivesRenderer::CAP_NATIVE_BEZIERS
-                                         | iGraphicPrimitivesRenderer::CAP_SHADERS);
-    EXPECT_EQ(renderer->getCaps(), iGraphicPrimitivesRenderer::CAP_NATIVE_LINE_STRIPS);
-    Headless::SoftwareRenderer::hideCaps(0);
-}
-
 // Every shape, sane and not, through a clip with a hole: nothing outside the clip
 // changes, the run ends, and shapes after the bad ones still draw.
 TEST(SoftwareRendererClip, NoShapeReachesOutsideTheClipWhateverItIsGiven)
@@ -853,69 +821,4 @@ TEST(SoftwareRendererClip, NoShapeReachesOutsideTheClipWhateverItIsGiven)
     const EllipseDescription after = ellipse_in({ 8, 8, 24, 24 }, 0, NormalisedRGB(0, 1, 0), RED);
     renderer->drawEllipses(&after, 1);
     EXPECT_EQ(image->pixelAt(16, 16), 0xff00ff00u);
-}
-
-// Draws a scene of every shape into a PNG for a person to look at: set
-// TELA_SCENE_PNG to the path. Checks only that the scene can be written.
-TEST(SoftwareRendererScene, EveryShapeInOnePicture)
-{
-    const char* const path = std::getenv("TELA_SCENE_PNG");
-    if (!path)
-        GTEST_SKIP() << "set TELA_SCENE_PNG to write the scene";
-    const Qv::Ptr<Headless::HostImage> image = image_of(320, 200, Pixels(320 * 200, 0xfff4f4f4));
-    const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
-    const NormalisedRGB ink(0.1f, 0.2f, 0.5f), warm(0.95f, 0.55f, 0.1f), green(0.2f, 0.7f, 0.3f, 0.7f);
-    RectDescription band;
-    band.rect = { 0, 0, 320, 24 };
-    band.colour = NormalisedRGB(0.3f, 0.5f, 0.9f);
-    band.secondColour = NormalisedRGB(0.1f, 0.1f, 0.3f);
-    band.twoColours = true;
-    renderer->drawRects(&band, 1);
-    const EllipseDescription ellipses[4] = { ellipse_in({ 10, 34, 90, 84 }, 0, warm, ink),
-                                             ellipse_in({ 100, 34, 150, 84 }, 1, warm, ink, 3),
-                                             ellipse_in({ 160, 34, 240, 84 }, 2, warm, ink, 4),
-                                             ellipse_in({ 250, 34, 300, 84 }, 2, green, ink, 2) };
-    renderer->drawEllipses(ellipses, 4);
-    EllipseDescription pie = ellipses[3];
-    pie.rect = { 250, 90, 300, 140 };
-    pie.startAngle = 300;
-    pie.endAngle = 60;
-    renderer->drawEllipses(&pie, 1);
-    RoundedRectDescription rounded;
-    rounded.rect = { 10, 94, 110, 134 };
-    rounded.fillColour = warm;
-    rounded.lineColour = ink;
-    rounded.radius = 12;
-    rounded.thickness = 2;
-    rounded.corners = 1 | 8;
-    renderer->drawRoundedRects(&rounded, 1);
-    rounded.rect = { 120, 94, 240, 134 };
-    rounded.corners = 15;
-    rounded.fillColour = ink;
-    renderer->drawRoundedRects(&rounded, 1);
-    LineDescription focus[4] = { line_from({ 8, 144 }, { 8, 192 }, ink), line_from({ 8, 192 }, { 120, 192 }, ink),
-                                 line_from({ 120, 192 }, { 120, 144 }, ink), line_from({ 120, 144 }, { 8, 144 }, ink) };
-    for (LineDescription& line : focus) {
-        line.patterned = true;
-        line.pattern = 1;
-        line.secondColour = NormalisedRGB(1, 1, 1);
-    }
-    renderer->drawLines(focus, 4);
-    const LineDescription slanted = line_from({ 20, 150 }, { 110, 185 }, ink, 3);
-    renderer->drawLines(&slanted, 1);
-    LineStripDescription strip;
-    for (int step = 0; step <= 40; ++step)
-        strip.points.push_back({ 130.0f + step * 4.0f, 170.0f - 20.0f * std::sin(step * 0.3f) });
-    strip.colour = green;
-    strip.thickness = 2;
-    renderer->drawLineStrips(&strip, 1);
-    BezierCurveDescription curve;
-    curve.start = { 250, 190 };
-    curve.control1 = { 250, 140 };
-    curve.control2 = { 310, 190 };
-    curve.end = { 310, 150 };
-    curve.colour = ink;
-    curve.thickness = 2;
-    renderer->drawBeziers(&curve, 1);
-    EXPECT_TRUE(Headless::savePng(*image, path));
 }

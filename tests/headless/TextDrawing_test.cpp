@@ -1,6 +1,5 @@
 #include "headless/FreeTypeFont.h"
 #include "headless/PixmanRegion.h"
-#include "headless/PngFile.h"
 #include "headless/SoftwareRenderer.h"
 #include "headless/TextDrawing.h"
 #include "render/FakeFont.h"
@@ -196,34 +195,4 @@ TEST_F(TextDrawingTest, BadInputDrawsSafely)
     big.font = huge;
     big.position = { -100, 400 };
     renderer->drawTexts(&big, 1);
-}
-
-// Not a check: a picture to look at after a change to text drawing.
-TEST(TextDrawingPicture, WritesASampleOfStyles)
-{
-    const Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({ 360, 150 });
-    image->fill(WHITE);
-    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-    ASSERT_TRUE(image->getRenderer(renderer, 1));
-    const char16_t* const lines[] = { u"Regular: office e\u0301te\u0301 gjpqy", u"Bold: The quick brown fox",
-                                      u"Italic: jumps over the lazy dog", u"Selected: part of this line",
-                                      u"Heavy: a flagged label" };
-    const unsigned styles[] = { 0, FreeTypeFont::eBold, FreeTypeFont::eItalic, 0, 0 };
-    for (int n = 0; n < 5; ++n) {
-        TextDescription line;
-        line.text = WString(lines[n]);
-        line.font = FreeTypeFont::create(WString(u"DejaVu Sans"), 16, styles[n]);
-        line.position = { 8, 24 + 26 * n };
-        line.colour = NormalisedRGB(0.1f, 0.1f, 0.2f);
-        if (n == 3) {
-            line.selectionStart = 10;
-            line.selectionEnd = 19;
-            line.secondColour = NormalisedRGB(1.0f, 1.0f, 1.0f);
-            line.thirdColour = NormalisedRGB(0.2f, 0.4f, 0.9f);
-        }
-        line.heavy = n == 4;
-        renderer->drawTexts(&line, 1);
-    }
-    renderer = nullptr;
-    EXPECT_TRUE(Headless::savePng(*image, "/tmp/tela_text_sample.png"));
 }

@@ -82,10 +82,3 @@ TEST(Shadows, ACompositedCanvasCastsAShadowOnAllFourSidesAsTheReferenceShows)
     EXPECT_TRUE(shows_reference(*Qv::dynamicCast<Headless::RootWindow>(window.root->window), "shadow.png",
                                 "shadow.png"));
 }
-
-TEST(Shadows, TheHostRoadCopiesBuffersAndDrawsNoShadow)
-{
-    ShadowedWindow window(iImageBase::eHostMemory);
-    EXPECT_EQ(window.pixel(28, 45), window.pixel(2, 2));
-    EXPECT_EQ(window.pixel(60, 45), 0xFFF0F0F0u);
-}
