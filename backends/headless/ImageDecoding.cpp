@@ -18,14 +18,16 @@
 #include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 
-#include <jpeglib.h>
-#include <png.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <csetjmp>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+
+// After the standard headers: jpeglib.h uses size_t and FILE without including them.
+#include <jpeglib.h>
+#include <png.h>
 
 namespace {
 

@@ -3,10 +3,9 @@
 // the benchmark and the fuzzers' seed writer share it.
 #pragma once
 
-#include <jpeglib.h>
-#include <png.h>
-
+// jpeglib.h uses size_t and FILE without including their headers.
 #include <csetjmp>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +14,9 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include <jpeglib.h>
+#include <png.h>
 
 namespace PictureFiles {
 
