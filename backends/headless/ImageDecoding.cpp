@@ -57,17 +57,23 @@ bool refuse_size(const char* name, std::uint64_t width, std::uint64_t height)
 }
 
 // Straight BGRA to premultiplied, rounding to nearest: (t + t / 256) / 256 with
-// t = c * a + 128 is c * a / 255 rounded, without a division.
-void premultiply_row(std::uint8_t* pixel, std::uint32_t width)
+// t = c * a + 128 is c * a / 255 rounded, without a division. Blue and red
+// share one multiply in two 16-bit lanes (t stays below 65536), and opaque
+// pixels, the usual case, are passed over.
+void premultiply_row(std::uint8_t* row, std::uint32_t width)
 {
-    for (; width > 0; --width, pixel += 4) {
-        const unsigned alpha = pixel[3];
+    for (std::uint32_t index = 0; index < width; ++index) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, row + index * 4, 4);
+        const std::uint32_t alpha = pixel >> 24;
         if (alpha == 255)
             continue;
-        for (int channel = 0; channel < 3; ++channel) {
-            const unsigned t = pixel[channel] * alpha + 128u;
-            pixel[channel] = static_cast<std::uint8_t>((t + (t >> 8)) >> 8);
-        }
+        std::uint32_t blue_red = (pixel & 0x00ff00ffu) * alpha + 0x00800080u;
+        blue_red = ((blue_red + ((blue_red >> 8) & 0x00ff00ffu)) >> 8) & 0x00ff00ffu;
+        std::uint32_t green = ((pixel >> 8) & 0xffu) * alpha + 0x80u;
+        green = ((green + (green >> 8)) >> 8) & 0xffu;
+        pixel = (alpha << 24) | (green << 8) | blue_red;
+        std::memcpy(row + index * 4, &pixel, 4);
     }
 }
 
