@@ -5,6 +5,7 @@
 #include "headless/FreeTypeFont.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HostImage.h"
+#include "headless/ImageDecoding.h"
 #include "headless/PixmanRegion.h"
 #include "headless/PngFile.h"
 #include "tela/core/Log.h"
@@ -144,7 +145,15 @@ bool Headless::Windowing::createStockCursor(Qv::Ptr<iCursor>& out, std::int32_t 
 
 bool Headless::Imaging::loadImage(Qv::Ptr<iHostImage>& out, const WString& path)
 {
-    Qv::Ptr<HostImage> image = loadPng(toUTF8(path).c_str());
+    Qv::Ptr<HostImage> image = loadImageFile(toUTF8(path).c_str());
+    out = image;
+    return static_cast<bool>(image);
+}
+
+bool Headless::Imaging::decodeImage(Qv::Ptr<iHostImage>& out, const std::uint8_t* bytes, std::size_t size,
+                                    const WString& name)
+{
+    Qv::Ptr<HostImage> image = Headless::decodeImage(bytes, size, toUTF8(name).c_str());
     out = image;
     return static_cast<bool>(image);
 }

@@ -129,6 +129,8 @@ public:
     void releaseGPUResources() override {}
     Qv::Ptr<iShaderEffect> findShader(const String& name) override;
     bool loadImage(Qv::Ptr<iHostImage>& out, const WString& path) override;
+    bool decodeImage(Qv::Ptr<iHostImage>& out, const std::uint8_t* bytes, std::size_t size,
+                     const WString& name) override;
     bool saveImage(const Qv::Ptr<iImage>& image, const WString& path) override;
     bool resizeImage(Qv::Ptr<iHostImage>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& size) override;
 };

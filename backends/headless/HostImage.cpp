@@ -34,6 +34,14 @@ constexpr int MAX_IMAGE_SIDE = 32768;
 
 Qv::Ptr<Headless::HostImage> Headless::HostImage::create(const XY<int>& size, iImageBase::eLocation location)
 {
+    Qv::Ptr<HostImage> image = createUncleared(size, location);
+    if (image)
+        std::memset(image->m_pixels, 0, static_cast<std::size_t>(image->stride()) * static_cast<std::size_t>(size.y));
+    return image;
+}
+
+Qv::Ptr<Headless::HostImage> Headless::HostImage::createUncleared(const XY<int>& size, iImageBase::eLocation location)
+{
     if (size.x < 0 || size.y < 0 || size.x > MAX_IMAGE_SIDE || size.y > MAX_IMAGE_SIDE) {
         murl_printf("HostImage: refusing an image of %d x %d pixels\n", size.x, size.y);
         return nullptr;
@@ -42,7 +50,6 @@ Qv::Ptr<Headless::HostImage> Headless::HostImage::create(const XY<int>& size, iI
     auto* pixels = static_cast<std::uint8_t*>(Qv::allocate(bytes ? bytes : 4));
     if (!pixels)
         return nullptr;
-    std::memset(pixels, 0, bytes);
     return Qv::Ptr<HostImage>(new HostImage(size, location, pixels));
 }
 
@@ -67,6 +74,12 @@ bool Headless::HostImage::getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, 
 Qv::Ptr<iPixelGuard> Headless::HostImage::lock()
 {
     return Qv::make<HostPixelGuard>(*this);
+}
+
+bool Headless::HostImage::createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size)
+{
+    out = create(size, m_location);
+    return static_cast<bool>(out);
 }
 
 std::uint32_t Headless::HostImage::pixelAt(int x, int y) const

@@ -14,6 +14,10 @@ public:
     // location is what the image reports: a composited window's buffers say eGPU,
     // although in this backend every pixel lives in host memory.
     static Qv::Ptr<HostImage> create(const XY<int>& size, iImageBase::eLocation location = iImageBase::eHostMemory);
+    // The same with the pixels left as the allocator gives them, for callers
+    // that write every pixel before the image is seen (decoders).
+    static Qv::Ptr<HostImage> createUncleared(const XY<int>& size,
+                                              iImageBase::eLocation location = iImageBase::eHostMemory);
 
     ~HostImage() override;
 
@@ -21,6 +25,7 @@ public:
     void getSize(XY<int>& size) const override { size = m_size; }
     bool getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags) override;
     Qv::Ptr<iPixelGuard> lock() override;
+    bool createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size) override;
     std::uint8_t* data() const override { return m_pixels; }
     int bitsPerPixel() const override { return 32; }
 

@@ -35,6 +35,7 @@
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
 #include "tela/render/DrawingHelpers.h"
+#include "tela/render/RasterImage.h"
 #include "tela/state/TelaState.h"
 #include "tela/text/Fonts.h"
 #include "tela/text/GlyphNames.h"

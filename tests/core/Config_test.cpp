@@ -193,3 +193,34 @@ TEST(ConfigDirectory, EachApplicationKeepsItsSettingsUnderItsOwnName)
     Qv::setApplicationName(WString(u".."));
     EXPECT_EQ(Qv::configurationDirectory().view(), home.file("Tela"));
 }
+
+TEST_F(ConfigTest, RegistriesReadFlagsAndMultipleValuesFromTheirOwnFiles)
+{
+    writeConfig(R"({"on": true, "one": 1, "zero": 0, "text": "yes", "list": ["a", 3, "b"], "single": "c"})");
+    TemporaryDirectory::write(directory.file("preferences.json"),
+                              R"({"Configuration\\FrequentlyUsedBitmaps": ["x.png", "y.png"]})");
+    EXPECT_TRUE(GlobalConfig().getBool("on", false));
+    EXPECT_TRUE(GlobalConfig().getBool("one", false));
+    EXPECT_FALSE(GlobalConfig().getBool("zero", true));
+    EXPECT_TRUE(GlobalConfig().getBool("text", true)); // text is not a flag: the default
+    EXPECT_FALSE(GlobalConfig().getBool("missing", false));
+    EXPECT_FALSE(GlobalConfig().getBool(nullptr, false));
+
+    const Qv::Vector<String> list = GlobalConfig().getMultipleValues("list");
+    ASSERT_EQ(list.size(), 2u); // items that are not text are skipped
+    EXPECT_EQ(list[0], String("a"));
+    EXPECT_EQ(list[1], String("b"));
+    EXPECT_EQ(GlobalConfig().getMultipleValues("single").size(), 1u);
+    EXPECT_TRUE(GlobalConfig().getMultipleValues("missing").empty());
+
+    // The user's registry is preferences.json, the key one name with its backslash.
+    const Qv::Vector<String> bitmaps = UserConfig().getMultipleValues("Configuration\\FrequentlyUsedBitmaps");
+    ASSERT_EQ(bitmaps.size(), 2u);
+    EXPECT_EQ(bitmaps[1], String("y.png"));
+    EXPECT_TRUE(GlobalConfig().getMultipleValues("Configuration\\FrequentlyUsedBitmaps").empty());
+    EXPECT_EQ(UserConfig().getValue("list", String("none")), String("none"));
+
+    // Read afresh: a change written since is seen at once.
+    TemporaryDirectory::write(directory.file("preferences.json"), R"({"Configuration\\FrequentlyUsedBitmaps": "z.png"})");
+    EXPECT_EQ(UserConfig().getMultipleValues("Configuration\\FrequentlyUsedBitmaps").size(), 1u);
+}

@@ -7,6 +7,7 @@
 #include "tela/core/Commands.h"
 #include "tela/core/Log.h"
 #include "tela/input/MouseState.h"
+#include "tela/render/RasterImage.h"
 
 namespace {
 
@@ -22,12 +23,6 @@ void toggle_window_style()
         root->window->setUseWindowsTitleBar(!root->window->hasTitleBar());
 }
 
-void dump_raster_image_cache_stats()
-{
-    // The cache arrives with raster images; until then it is always empty.
-    murl_printf("RasterImage cache: 0 entries\n");
-}
-
 // No text of their own (999999), shown in no menu by default.
 const UIString NO_TEXT{999999, 0, 0};
 
@@ -35,7 +30,7 @@ const CommandRegistrar s_reset_mouse("TELA reset mouse handling", Cmd::Function(
 const CommandRegistrar s_draw_debugging("Toggle draw debugging", Cmd::Function(toggle_draw_debugging), NO_TEXT,
                                         NO_TEXT, 2);
 const CommandRegistrar s_window_style("Toggle Window Style", Cmd::Function(toggle_window_style), NO_TEXT, NO_TEXT, 2);
-const CommandRegistrar s_cache_stats("Dump RasterImage Cache Stats", Cmd::Function(dump_raster_image_cache_stats),
+const CommandRegistrar s_cache_stats("Dump RasterImage Cache Stats", Cmd::Function(RasterImage::dumpCacheStats),
                                      NO_TEXT, NO_TEXT, 2);
 
 } // namespace

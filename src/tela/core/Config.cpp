@@ -40,32 +40,69 @@ void load(ConfigurationFile& file)
     file.values = Qv::loadSettingsObject(path, "Configuration file").values;
 }
 
-// The number stored under `key`, if there is one.
-bool lookup(const char* key, double& out)
+// Calls read(element) with the value stored under `key` in config.json (an
+// element that does not exist when there is none), under the lock.
+template <typename Read>
+auto with_configuration_value(const char* key, Read&& read)
 {
     ConfigurationFile& file = configuration();
     std::lock_guard lock(file.mutex);
     if (!file.loaded)
         load(file);
-    const JSON::Element value = JSON::Element(&file.values)[key];
-    if (!value.isNumber())
-        return false;
-    out = value.getDouble();
-    return std::isfinite(out);
+    return read(key ? JSON::Element(&file.values)[key] : JSON::Element());
+}
+
+// The same over the user's preferences.json, read now.
+template <typename Read>
+auto with_preferences_value(const char* key, Read&& read)
+{
+    String path = Qv::configurationDirectory();
+    path += std::string_view("/preferences.json");
+    const Qv::SettingsObject preferences = Qv::loadSettingsObject(path, "Preferences file");
+    return read(key ? JSON::Element(&preferences.values)[key] : JSON::Element());
+}
+
+// The number stored under `key`, if there is one.
+bool lookup(const char* key, double& out)
+{
+    return with_configuration_value(key, [&](const JSON::Element& value) {
+        if (!value.isNumber())
+            return false;
+        out = value.getDouble();
+        return std::isfinite(out);
+    });
 }
 
 // The text stored under `key`, if there is some.
 bool lookup(const char* key, String& out)
 {
-    ConfigurationFile& file = configuration();
-    std::lock_guard lock(file.mutex);
-    if (!file.loaded)
-        load(file);
-    const JSON::Element value = JSON::Element(&file.values)[key];
-    if (!value.isString())
-        return false;
-    out = value.getString();
-    return true;
+    return with_configuration_value(key, [&](const JSON::Element& value) {
+        if (!value.isString())
+            return false;
+        out = value.getString();
+        return true;
+    });
+}
+
+bool read_bool(const JSON::Element& value, bool defaultValue)
+{
+    if (value.isBool())
+        return value.getBool(defaultValue);
+    if (value.isNumber())
+        return value.getDouble() != 0.0;
+    return defaultValue;
+}
+
+Qv::Vector<String> read_multiple(const JSON::Element& value)
+{
+    Qv::Vector<String> values;
+    if (value.isString())
+        values.push_back(value.getString());
+    for (std::size_t index = 0; index < (value.isArray() ? value.size() : 0); ++index) {
+        if (value[index].isString())
+            values.push_back(value[index].getString());
+    }
+    return values;
 }
 
 } // namespace
@@ -99,9 +136,38 @@ String config_string(const char* key, const String& defaultValue)
     return lookup(key, value) ? value : defaultValue;
 }
 
+String RegistryConfig::getValue(const char* key, const String& defaultValue) const
+{
+    const auto read = [&](const JSON::Element& value) { return value.getString(defaultValue); };
+    if (m_source == Source::Configuration)
+        return with_configuration_value(key, read);
+    return with_preferences_value(key, read);
+}
+
+bool RegistryConfig::getBool(const char* key, bool defaultValue) const
+{
+    const auto read = [&](const JSON::Element& value) { return read_bool(value, defaultValue); };
+    if (m_source == Source::Configuration)
+        return with_configuration_value(key, read);
+    return with_preferences_value(key, read);
+}
+
+Qv::Vector<String> RegistryConfig::getMultipleValues(const char* key) const
+{
+    if (m_source == Source::Configuration)
+        return with_configuration_value(key, read_multiple);
+    return with_preferences_value(key, read_multiple);
+}
+
 RegistryConfig& GlobalConfig()
 {
-    static RegistryConfig registry;
+    static RegistryConfig registry(RegistryConfig::Source::Configuration);
+    return registry;
+}
+
+RegistryConfig& UserConfig()
+{
+    static RegistryConfig registry(RegistryConfig::Source::UserPreferences);
     return registry;
 }
 

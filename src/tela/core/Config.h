@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "tela/core/LightweightString.h"
+#include "tela/core/Memory.h"
 
 // The number stored under `key`, truncated towards zero, or `defaultValue`
 // when it is missing or not a number. A stored value outside
@@ -20,14 +21,31 @@ double config_double(const char* key, double defaultValue);
 // The text stored under `key`, or `defaultValue` when it is missing or not text.
 String config_string(const char* key, const String& defaultValue);
 
-// The configuration seen as a registry of named values, the form the
-// library's older modules read it in. One registry, GlobalConfig(), over the
-// same file; it holds no state of its own.
+// The settings seen as a registry of named values, the form the library's
+// older modules read them in. Two registries: GlobalConfig() over
+// config.json, and UserConfig() over the user's preferences.json, which is
+// read afresh at each call (its values are few and rarely read, and
+// EditorPreferences may have written it since). Keys are member names taken
+// as they stand: "Configuration\FrequentlyUsedBitmaps" is one name, written
+// with a doubled backslash in the JSON file.
 class RegistryConfig {
 public:
-    String getValue(const char* key, const String& defaultValue) const { return config_string(key, defaultValue); }
+    enum class Source { Configuration, UserPreferences };
+    explicit RegistryConfig(Source source = Source::Configuration) : m_source(source) {}
+
+    // The text under `key`, or `defaultValue` when it is missing or not text.
+    String getValue(const char* key, const String& defaultValue) const;
+    // true or false, or a number (non-zero is true); otherwise `defaultValue`.
+    bool getBool(const char* key, bool defaultValue) const;
+    // The texts of a multi-value key: an array of strings (items that are not
+    // text are skipped), or a single string as one value. Empty when missing.
+    Qv::Vector<String> getMultipleValues(const char* key) const;
+
+private:
+    Source m_source;
 };
 RegistryConfig& GlobalConfig();
+RegistryConfig& UserConfig();
 
 namespace Qv {
 // Test hook: forgets what was read, so the next lookup reads

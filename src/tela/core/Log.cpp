@@ -53,6 +53,14 @@ void murl_printf(const char* format, ...)
     va_end(arguments);
 }
 
+void LogBoth(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    murl_vprintf(format, arguments);
+    va_end(arguments);
+}
+
 Qv::LogSinkRecord Qv::setLogSink(LogSinkRecord record)
 {
     std::lock_guard lock(sink_mutex);

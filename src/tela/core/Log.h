@@ -6,6 +6,9 @@
 
 void murl_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void murl_vprintf(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
+// A message meant for both the log and the console. Both are murl_printf's
+// one channel here, so it is murl_printf under the name older modules use.
+void LogBoth(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // While on, each message is written and flushed before murl_printf returns,
 // so that nothing is lost if the process dies during start-up. The

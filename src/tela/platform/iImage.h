@@ -30,6 +30,9 @@ public:
     virtual void getSize(XY<int>& size) const = 0;
     virtual bool getRenderer(Qv::Ptr<iGraphicPrimitivesRenderer>& out, int flags) = 0;
     virtual Qv::Ptr<iPixelGuard> lock() = 0;        // null when the pixels cannot be reached
+    // A new, cleared image of `size` of the same kind and location as this one;
+    // false when it cannot be made.
+    virtual bool createOffscreenImage(Qv::Ptr<iImage>& out, const XY<int>& size) = 0;
 };
 
 class iHostImage : public virtual iImage {
