@@ -1,7 +1,8 @@
 // The gallery: what Tela can show so far, as a program on Tela::Application.
 // The sidebar's entries are picked by clicking or with the up and down keys:
 // the first shows every drawing primitive, the second text (wrapped, fitted,
-// justified), the third a page of cards that change colour when clicked. A
+// justified), the third a page of cards that change colour when clicked, the
+// fourth help text in markup whose link turns to a second page. A
 // marker runs along the status bar on the library's tick.
 //
 // With a display it opens a window (close it to end). Without one, or with
@@ -40,6 +41,7 @@
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
 
+#include "HTMLPanel.h"
 #include "ShapesPanel.h"
 #include "TextPanel.h"
 
@@ -53,8 +55,8 @@
 namespace {
 
 constexpr int WIDTH = 640, HEIGHT = 400;
-const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards"};
-constexpr int SIDEBAR_ENTRIES = 3;
+const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards", u"HTML"};
+constexpr int SIDEBAR_ENTRIES = 4;
 // Arrow keys, as the platforms report them: key values that are no characters.
 constexpr std::uint32_t KEY_DOWN = 0x51 | eKeyNotCharacter;
 constexpr std::uint32_t KEY_UP = 0x52 | eKeyNotCharacter;
@@ -149,7 +151,7 @@ public:
     // library that holds them is still up; then the library itself.
     void end()
     {
-        for (Qv::Ptr<EventHandler>* step : {&m_script, &m_script_end}) {
+        for (Qv::Ptr<EventHandler>* step : {&m_script, &m_html_step, &m_script_end}) {
             if (*step)
                 EventTimeServer::instance().deRegisterForTimeEvents(step->get());
             *step = nullptr;
@@ -159,6 +161,7 @@ public:
         m_panels.clear();
         m_entries.clear();
         m_cards.clear();
+        m_html = HTMLPage(); // its runs are the library's strings
         shutdown();
     }
 
@@ -214,6 +217,15 @@ private:
         m_text_page = panel(content, 176, 16, TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT, packed(0, 0, 0),
                             makeCurvedRegion({TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT}, 15, eLargeCorners));
         TextPage::paint(m_text_page, Palette::getDefault(), m_wrap_width);
+        // A click on a link of the HTML page turns to the page it names.
+        m_html_page = panel(content, 176, 16, HTMLPage::PAGE_WIDTH, HTMLPage::PAGE_HEIGHT, packed(0, 0, 0),
+                            makeCurvedRegion({HTMLPage::PAGE_WIDTH, HTMLPage::PAGE_HEIGHT}, 15, eLargeCorners),
+                            client([this](const Event& e) {
+                                if (mouse_down_event(e) && mouse_left_event(e) && m_html.follow(m_html.linkAt(e.pos())))
+                                    m_html.paint(m_html_page, Palette::getDefault());
+                                return mouse_event(e);
+                            }));
+        m_html.paint(m_html_page, Palette::getDefault());
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
@@ -251,7 +263,7 @@ private:
     // One page for each sidebar entry.
     void show_page()
     {
-        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page};
+        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page, m_html_page};
         Canvas* page = pages[m_selected];
         if (page)
             canvas_pop_to_top(page, false);
@@ -350,7 +362,15 @@ private:
             close.kind = WindowEvent::eCloseRequest;
             input(close);
         });
-        EventTimeServer::instance().registerForTimeEvent(m_script_end.get(), 700);
+        EventTimeServer::instance().registerForTimeEvent(m_script_end.get(), 1000);
+        // Then the HTML page, and a click on its link, aimed at where it was drawn.
+        m_html_step = Qv::make<FunctionWrapper>([this, click] {
+            snapshot("gallery-2-text-wide.png");
+            select(3);
+            const XY<int> link = m_html.linkCentre();
+            click(176 + link.x, 16 + HTMLPage::PAGE_HEIGHT - link.y);
+        });
+        EventTimeServer::instance().registerForTimeEvent(m_html_step.get(), 700);
     }
 
     std::string m_screenshots;
@@ -361,12 +381,15 @@ private:
     Canvas* m_cards_page = nullptr;
     Canvas* m_shapes_page = nullptr;
     Canvas* m_text_page = nullptr;
+    Canvas* m_html_page = nullptr;
+    HTMLPage m_html;
     int m_wrap_width = TextPage::NARROW_BOX;
     bool m_card_lit[3] = {false, false, false};
     int m_selected = 0;
     int m_marker_steps = 0;
     Qv::Ptr<EventHandler> m_script;
     Qv::Ptr<EventHandler> m_script_end;
+    Qv::Ptr<EventHandler> m_html_step;
     int m_failures = 0;
     bool m_on_screen = std::strcmp(Tela::choosePlatform(), "headless") != 0;
 };

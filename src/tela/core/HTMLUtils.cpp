@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -57,4 +58,49 @@ bool HTMLUtils::parseHex(std::string_view text, unsigned int& rgb)
 void HTMLUtils::formatHex(unsigned int rgb, char out[7])
 {
     std::snprintf(out, 7, "%06x", rgb & 0xFFFFFFu);
+}
+
+WString HTMLUtils::addLinkTags(const WString& line, unsigned int start, unsigned int length)
+{
+    const WString target = line.substr(start, length);
+    if (target.empty())
+        return WString(u"");
+    WString link(u"<a href=\"");
+    link += target;
+    link += WString(u"\">");
+    link += target;
+    link += WString(u"</a>");
+    return link;
+}
+
+WString HTMLUtils::addStyleTags(const WString& text, unsigned int style, unsigned int colour, unsigned int size)
+{
+    if (style == NOT_GIVEN)
+        style = 0;
+    WString open;
+    WString close;
+    if (colour != NOT_GIVEN || size != NOT_GIVEN) {
+        char font[64] = "<font";
+        if (colour != NOT_GIVEN) {
+            char hex[7];
+            formatHex(colour, hex);
+            std::snprintf(font + 5, sizeof font - 5, " color=\"#%s\"", hex);
+        }
+        if (size != NOT_GIVEN) {
+            const std::size_t used = std::strlen(font);
+            std::snprintf(font + used, sizeof font - used, " size=\"%u\"", size);
+        }
+        open = fromUTF8(font);
+        open += u'>';
+        close = WString(u"</font>");
+    }
+    // Innermost last on the way in, first on the way out.
+    const char16_t* const tags[] = {u"b", u"i", u"u"};
+    for (unsigned bit = 0; bit < 3; ++bit) {
+        if ((style & (1u << bit)) == 0)
+            continue;
+        open += WString(u"<") + WString(tags[bit]) + WString(u">");
+        close = WString(u"</") + WString(tags[bit]) + WString(u">") + close;
+    }
+    return open + text + close;
 }
