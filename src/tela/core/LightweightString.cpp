@@ -4,9 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <cwctype>
 #include <new>
-#include <string>
 
 namespace {
 
@@ -220,23 +218,4 @@ String toUTF8(const WString& text)
         result.append(encoded, count);
     }
     return result;
-}
-
-WString Qv::toLower(const WString& text)
-{
-    if (text.isNull())
-        return text;
-    std::u16string lower(text.view());
-    for (char16_t& unit : lower) {
-        if (unit < 0x80) {
-            if (unit >= u'A' && unit <= u'Z')
-                unit = static_cast<char16_t>(unit + (u'a' - u'A'));
-        } else if (unit < 0xD800 || unit > 0xDFFF) {
-            const std::wint_t mapped = std::towlower(static_cast<std::wint_t>(unit));
-            // A mapping out of the basic plane would change the length: keep the unit.
-            if (mapped <= 0xFFFF && (mapped < 0xD800 || mapped > 0xDFFF))
-                unit = static_cast<char16_t>(mapped);
-        }
-    }
-    return WString(lower.data(), lower.size());
 }

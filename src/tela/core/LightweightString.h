@@ -90,13 +90,5 @@ String toUTF8(const WString& text);
 // "true" or "false": how a flag is written into messages and settings.
 String BoolAsString(bool value);
 
-namespace Qv {
-// Each unit of the basic plane in lower case, by towlower and so by the C
-// library's current locale (ASCII alone in the "C" locale); surrogates stay as
-// they are. The result has as many units as the text, so an index into one is
-// an index into the other. A null string stays null.
-WString toLower(const WString& text);
-} // namespace Qv
-
 extern template class LightweightString<char>;
 extern template class LightweightString<wchar_t>;

@@ -1,6 +1,7 @@
 #include "tela/core/StringCase.h"
 
 #include <cwctype>
+#include <string>
 
 namespace {
 
@@ -13,10 +14,21 @@ bool is_surrogate(char16_t unit)
 
 WString Qv::toLower(const WString& text)
 {
-    WString lower;
-    for (const char16_t unit : text.view())
-        lower += is_surrogate(unit) ? unit : static_cast<char16_t>(std::towlower(static_cast<wint_t>(unit)) & 0xFFFF);
-    return lower.isNull() ? text : lower;
+    if (text.isNull())
+        return text;
+    std::u16string lower(text.view());
+    for (char16_t& unit : lower) {
+        if (unit < 0x80) {
+            if (unit >= u'A' && unit <= u'Z')
+                unit = static_cast<char16_t>(unit + (u'a' - u'A'));
+        } else if (!is_surrogate(unit)) {
+            const std::wint_t mapped = std::towlower(static_cast<std::wint_t>(unit));
+            // A mapping out of the basic plane would change the length: keep the unit.
+            if (mapped <= 0xFFFF && !is_surrogate(static_cast<char16_t>(mapped)))
+                unit = static_cast<char16_t>(mapped);
+        }
+    }
+    return WString(lower.data(), lower.size());
 }
 
 String Qv::toLower(const String& text)

@@ -1,5 +1,6 @@
 #include "tela/text/SyntaxHighlighting.h"
 
+#include "tela/core/StringCase.h"
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
 
