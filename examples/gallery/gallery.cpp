@@ -43,6 +43,7 @@
 
 #include "HTMLPanel.h"
 #include "ShapesPanel.h"
+#include "PathsPanel.h"
 #include "TextPanel.h"
 
 #include <cstdio>
@@ -55,8 +56,8 @@
 namespace {
 
 constexpr int WIDTH = 640, HEIGHT = 400;
-const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards", u"HTML"};
-constexpr int SIDEBAR_ENTRIES = 4;
+const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards", u"HTML", u"Paths"};
+constexpr int SIDEBAR_ENTRIES = 5;
 // Arrow keys, as the platforms report them: key values that are no characters.
 constexpr std::uint32_t KEY_DOWN = 0x51 | eKeyNotCharacter;
 constexpr std::uint32_t KEY_UP = 0x52 | eKeyNotCharacter;
@@ -151,11 +152,9 @@ public:
     // library that holds them is still up; then the library itself.
     void end()
     {
-        for (Qv::Ptr<EventHandler>* step : {&m_script, &m_html_step, &m_script_end}) {
-            if (*step)
-                EventTimeServer::instance().deRegisterForTimeEvents(step->get());
-            *step = nullptr;
-        }
+        for (const Qv::Ptr<EventHandler>& step : m_steps)
+            EventTimeServer::instance().deRegisterForTimeEvents(step.get());
+        m_steps.clear();
         for (Canvas* panel : m_panels)
             tela_deletecanvas(panel); // with everything on it
         m_panels.clear();
@@ -226,6 +225,9 @@ private:
                                 return mouse_event(e);
                             }));
         m_html.paint(m_html_page, Palette::getDefault());
+        m_paths_page = panel(content, 176, 16, PathsPage::PAGE_WIDTH, PathsPage::PAGE_HEIGHT, packed(0, 0, 0),
+                             makeCurvedRegion({PathsPage::PAGE_WIDTH, PathsPage::PAGE_HEIGHT}, 15, eLargeCorners));
+        PathsPage::build(m_paths_page, 176, 16, Palette::getDefault(), fromUTF8(GALLERY_PICTURES "/flower.png"));
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
@@ -263,7 +265,7 @@ private:
     // One page for each sidebar entry.
     void show_page()
     {
-        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page, m_html_page};
+        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page, m_html_page, m_paths_page};
         Canvas* page = pages[m_selected];
         if (page)
             canvas_pop_to_top(page, false);
@@ -330,9 +332,9 @@ private:
             state.rootWindows.front().eventHandler->handleEvent(report);
     }
 
-    // What a user might do in the first second: pick the cards, light one, go
-    // up to the text with the keyboard and widen its wrapping box; then look,
-    // and close the window.
+    // What a user might do in the first seconds: pick the cards, light one, go
+    // up to the text with the keyboard and widen its wrapping box, follow the
+    // HTML page's link, look at the shapes cut by paths; then close the window.
     void play_script()
     {
         const auto click = [](int x, int y) {
@@ -350,27 +352,35 @@ private:
         input(up);
         up.action = KeyEvent::eRelease;
         input(up);
-        m_script = Qv::make<FunctionWrapper>([this] {
+        at(400, [this] {
             snapshot("gallery-2-text.png");
             resize_wrapping_box(TextPage::WIDE_BOX);
         });
-        EventTimeServer::instance().registerForTimeEvent(m_script.get(), 400);
-        // The next updates show the new width; the last picture waits for them.
-        m_script_end = Qv::make<FunctionWrapper>([this] {
-            snapshot("gallery-3-after-session.png");
-            WindowEvent close;
-            close.kind = WindowEvent::eCloseRequest;
-            input(close);
-        });
-        EventTimeServer::instance().registerForTimeEvent(m_script_end.get(), 1000);
-        // Then the HTML page, and a click on its link, aimed at where it was drawn.
-        m_html_step = Qv::make<FunctionWrapper>([this, click] {
-            snapshot("gallery-2-text-wide.png");
+        // The HTML page, and a click on its link, aimed at where it was drawn.
+        at(700, [this, click] {
+            snapshot("gallery-3-text-wide.png");
             select(3);
             const XY<int> link = m_html.linkCentre();
             click(176 + link.x, 16 + HTMLPage::PAGE_HEIGHT - link.y);
         });
-        EventTimeServer::instance().registerForTimeEvent(m_html_step.get(), 700);
+        at(1000, [this] {
+            snapshot("gallery-4-html-second-page.png");
+            select(4);
+        });
+        // Each picture waits for the updates of the step before it.
+        at(1300, [this] {
+            snapshot("gallery-5-after-session.png");
+            WindowEvent close;
+            close.kind = WindowEvent::eCloseRequest;
+            input(close);
+        });
+    }
+
+    // A step of the session, run once `delay` milliseconds after it begins.
+    void at(unsigned delay, std::function<void()> step)
+    {
+        m_steps.push_back(Qv::make<FunctionWrapper>(std::move(step)));
+        EventTimeServer::instance().registerForTimeEvent(m_steps.back().get(), delay);
     }
 
     std::string m_screenshots;
@@ -382,14 +392,13 @@ private:
     Canvas* m_shapes_page = nullptr;
     Canvas* m_text_page = nullptr;
     Canvas* m_html_page = nullptr;
+    Canvas* m_paths_page = nullptr;
     HTMLPage m_html;
     int m_wrap_width = TextPage::NARROW_BOX;
     bool m_card_lit[3] = {false, false, false};
     int m_selected = 0;
     int m_marker_steps = 0;
-    Qv::Ptr<EventHandler> m_script;
-    Qv::Ptr<EventHandler> m_script_end;
-    Qv::Ptr<EventHandler> m_html_step;
+    std::vector<Qv::Ptr<EventHandler>> m_steps; // the scripted session's
     int m_failures = 0;
     bool m_on_screen = std::strcmp(Tela::choosePlatform(), "headless") != 0;
 };
