@@ -8,6 +8,7 @@
 #include "tela/render/CanvasRenderer.h"
 #include "tela/render/Descriptions.h"
 #include "tela/text/Fonts.h"
+#include "tela/text/SyntaxHighlighting.h"
 #include "tela/text/TextFitting.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int MARGIN = 16;
 constexpr int LINE = 22;                    // pitch of the single lines at the top
-constexpr int BOXES_TOP = MARGIN + 4 * LINE + 8;
+constexpr int BOXES_TOP = MARGIN + 5 * LINE + 8;
 constexpr int BOX_HEIGHT = TextPage::PAGE_HEIGHT - BOXES_TOP - MARGIN;
 constexpr int JUSTIFIED_LEFT = MARGIN + TextPage::WIDE_BOX + MARGIN;
 constexpr int PADDING = 6;
@@ -29,6 +30,7 @@ const WString WRAPPED(u"Lines break before a blank or a hyphen. A word wider tha
 const WString JUSTIFIED_TEXT(u"Justified lines spread their spare width over the gaps; the last line keeps its own.");
 const WString FILE_NAME(u"/home/ada/projects/tela/examples/gallery/screenshots/gallery-2-after-session.png");
 const WString CAPTION(u"A caption far too long for the little space it has been given");
+const WString EXPRESSION(u"if w > 400 then wrap(text) else clip(text)");
 
 // The baseline of a line whose top is `top` pixels below the page's top.
 XY<int> baseline(int x, int top, const Qv::Ptr<iFont>& font)
@@ -117,6 +119,12 @@ void TextPage::paint(Canvas* canvas, const Palette& palette, int wrapWidth)
     line(renderer, WString(u"Note"), MARGIN, MARGIN + 3 * LINE, palette.subheadingText(), plain);
     line(renderer, clipStringToFit(CAPTION, static_cast<unsigned short>(fitted), true, font), MARGIN + 48,
          MARGIN + 3 * LINE, palette.text(eTextNormal), plain);
+    // An expression with its keywords picked out, as an entry field would show it.
+    line(renderer, WString(u"Expr"), MARGIN, MARGIN + 4 * LINE, palette.subheadingText(), plain);
+    SyntaxHighightingRenderer highlighter;
+    highlighter.setKeyWords({WString(u"if"), WString(u"then"), WString(u"else"), WString(u"wrap"), WString(u"clip")});
+    highlighter.render(renderer, EXPRESSION, baseline(MARGIN + 48, MARGIN + 4 * LINE, font), palette.text(eTextNormal),
+                       palette.success(), font);
 
     const Qv::Box<int> wrapping = box(MARGIN, BOXES_TOP, wrapWidth, BOX_HEIGHT);
     renderer.render(Tela::RectDescription(wrapping, palette.window(eWindowLighter)));

@@ -1,7 +1,8 @@
 #pragma once
 // The gallery's text page: a bold and an italic line, a file name and a
-// caption fitted to their width, a paragraph wrapped in a box whose width the
-// caller chooses, and a justified paragraph beside it.
+// caption fitted to their width, an expression with highlighted keywords, a
+// paragraph wrapped in a box whose width the caller chooses, and a justified
+// paragraph beside it.
 
 class Canvas;
 class Palette;

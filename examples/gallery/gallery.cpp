@@ -21,34 +21,37 @@
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/RootCanvas.h"
+#include "tela/canvas/ScreenGrab.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/canvas/Wipe.h"
 #include "tela/colour/CurrentColour.h"
 #include "tela/colour/Palette.h"
+#include "tela/core/Resources.h"
 #include "tela/events/Deferred.h"
 #include "tela/events/Event.h"
 #include "tela/events/EventQueue.h"
 #include "tela/events/EventTimeServer.h"
 #include "tela/input/RootWindowEventHandler.h"
-#include "tela/state/TelaState.h"
-#include "tela/render/CanvasRenderer.h"
-#include "tela/render/Descriptions.h"
-#include "tela/text/Fonts.h"
-#include "tela/vector/Regions.h"
-
-#include "tela/canvas/ScreenGrab.h"
-#include "tela/platform/iImagingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
+#include "tela/platform/iImagingService.h"
+#include "tela/render/CanvasRenderer.h"
+#include "tela/render/Descriptions.h"
+#include "tela/state/TelaState.h"
+#include "tela/text/Fonts.h"
+#include "tela/text/TooltipDetails.h"
+#include "tela/vector/Regions.h"
 
 #include "HTMLPanel.h"
-#include "ShapesPanel.h"
 #include "PathsPanel.h"
+#include "ShapesPanel.h"
 #include "TextPanel.h"
+#include "TooltipPanel.h"
 
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -99,14 +102,43 @@ void cast_shadow(Canvas* c, std::uint16_t size, float opacity, std::uint32_t edg
 }
 
 // A client that hands the events it is given to a function.
+// A client that hands the events it is given to a function, and tells
+// another, when given, that the pointer came in (true) or went out (false).
 class Reacting final : public CanvasClient {
 public:
-    explicit Reacting(std::function<bool(const Event&)> react) : m_react(std::move(react)) {}
+    explicit Reacting(std::function<bool(const Event&)> react, std::function<void(bool)> hover = {})
+        : m_react(std::move(react)), m_hover(std::move(hover))
+    {
+    }
     eResult handleEvent(const Event& event) override { return m_react(event) ? eHandled : eNotHandled; }
+    void handleMouseContainment(bool inside) override
+    {
+        if (m_hover)
+            m_hover(inside);
+    }
 
 private:
     std::function<bool(const Event&)> m_react;
+    std::function<void(bool)> m_hover;
 };
+
+// The sidebar's tool tips are resources, filled in at start-up as a
+// translated application would from its string table.
+constexpr ResId TIP_PAGE = 1000, TIP_KEYS = 1001, TIP_MOVE = 1002, TIP_FIRST_PAGE = 1010;
+constexpr unsigned TOOLTIP_DELAY = 300;   // milliseconds the pointer rests before a tip shows
+
+void fill_tip_resources()
+{
+    setResourceString(TIP_PAGE, WString(u"Page"));
+    setResourceString(TIP_KEYS, WString(u"Keys"));
+    setResourceString(TIP_MOVE, WString(u"Up and Down move between pages"));
+    const char16_t* const pages[] = {u"Every drawing primitive, in the palette's colours",
+                                     u"Wrapped, justified, fitted and highlighted text",
+                                     u"Cards that change colour when clicked", u"Marked-up help with a link",
+                                     u"Canvases cut to shape by paths and by a picture"};
+    for (ResId i = 0; i < std::size(pages); ++i)
+        setResourceString(TIP_FIRST_PAGE + i, WString(pages[i]));
+}
 
 // A quiet backdrop: 24 x 24 tiles of diagonal stripes in two dark greys.
 class StripedWallpaper final : public iWallpaperProvider {
@@ -145,6 +177,7 @@ public:
         args.eventHandler = Qv::make<RootWindowEventHandler>();
         setWindowDescription(args);
         setWallpaper(Qv::make<StripedWallpaper>());
+        fill_tip_resources();
         setBackgroundInitRequired(true);
     }
 
@@ -152,6 +185,7 @@ public:
     // library that holds them is still up; then the library itself.
     void end()
     {
+        hide_tip();
         for (const Qv::Ptr<EventHandler>& step : m_steps)
             EventTimeServer::instance().deRegisterForTimeEvents(step.get());
         m_steps.clear();
@@ -179,10 +213,51 @@ protected:
 
 private:
     // The client objects live as long as the program, past its canvases.
-    CanvasClient* client(std::function<bool(const Event&)> react)
+    CanvasClient* client(std::function<bool(const Event&)> react, std::function<void(bool)> hover = {})
     {
-        m_clients.push_back(Qv::make<Reacting>(std::move(react)));
+        m_clients.push_back(Qv::make<Reacting>(std::move(react), std::move(hover)));
         return m_clients.back().get();
+    }
+
+    // The tip of a sidebar entry: what its page shows, and how to move on.
+    static TooltipDetails tip_for(int entry)
+    {
+        TooltipDetails details(UIString(TIP_PAGE), UIString(TIP_FIRST_PAGE + static_cast<ResId>(entry)));
+        details.addLine(UIString(TIP_KEYS), UIString(TIP_MOVE), String("Up, Down"));
+        return details;
+    }
+
+    // The pointer came to rest on an entry, or left it: the tip shows after a
+    // short delay, and goes at once.
+    void hover(int entry, bool inside)
+    {
+        hide_tip();
+        if (!inside)
+            return;
+        m_tip_timer = Qv::make<FunctionWrapper>([this, entry] { show_tip(entry); });
+        EventTimeServer::instance().registerForTimeEvent(m_tip_timer.get(), TOOLTIP_DELAY);
+    }
+
+    void show_tip(int entry)
+    {
+        const TooltipDetails details = tip_for(entry);
+        const XY<int> size = Tooltip::sizeFor(details);
+        const int top = 16 + entry * 44 + 24;
+        m_tip = tela_newcanvas(nullptr, tela_rootcanvas());
+        tela_placecanvas(m_tip, TopDownRect{120, top, 120 + size.x, top + size.y});
+        cast_shadow(m_tip, 6, 0.35f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
+        Tooltip::paint(m_tip, details, Palette::getDefault());
+        tela_setcanvas(nullptr);
+    }
+
+    void hide_tip()
+    {
+        if (m_tip_timer)
+            EventTimeServer::instance().deRegisterForTimeEvents(m_tip_timer.get());
+        m_tip_timer = nullptr;
+        if (m_tip)
+            tela_deletecanvas(m_tip);
+        m_tip = nullptr;
     }
 
     void build()
@@ -197,11 +272,14 @@ private:
         }));
         for (int i = 0; i < SIDEBAR_ENTRIES; ++i) {
             m_entries.push_back(panel(sidebar, 12, 16 + i * 44, 136, 32, entry_colour(i),
-                                      makeCurvedRegion({136, 32}, 15, eSmallCorners), client([this, i](const Event& e) {
-                                          if (mouse_down_event(e) && mouse_left_event(e))
-                                              select(i);
-                                          return mouse_event(e);
-                                      })));
+                                      makeCurvedRegion({136, 32}, 15, eSmallCorners),
+                                      client(
+                                          [this, i](const Event& e) {
+                                              if (mouse_down_event(e) && mouse_left_event(e))
+                                                  select(i);
+                                              return mouse_event(e);
+                                          },
+                                          [this, i](bool inside) { hover(i, inside); })));
             paint_entry(i);
         }
         event_set_kbd_focus(sidebar); // the arrow keys move the selection
@@ -334,7 +412,8 @@ private:
 
     // What a user might do in the first seconds: pick the cards, light one, go
     // up to the text with the keyboard and widen its wrapping box, follow the
-    // HTML page's link, look at the shapes cut by paths; then close the window.
+    // HTML page's link, look at the shapes cut by paths, rest the pointer on
+    // an entry until its tip shows; then close the window.
     void play_script()
     {
         const auto click = [](int x, int y) {
@@ -367,9 +446,17 @@ private:
             snapshot("gallery-4-html-second-page.png");
             select(4);
         });
-        // Each picture waits for the updates of the step before it.
+        // Each picture waits for the updates of the step before it. The
+        // pointer comes to rest on the text entry, and its tip shows.
         at(1300, [this] {
-            snapshot("gallery-5-after-session.png");
+            snapshot("gallery-5-paths.png");
+            MouseEvent rest;
+            rest.pos = {60, 16 + 44 + 16};
+            rest.action = MouseEvent::eMove;
+            input(rest);
+        });
+        at(1300 + TOOLTIP_DELAY + 300, [this] {
+            snapshot("gallery-6-after-session.png");
             WindowEvent close;
             close.kind = WindowEvent::eCloseRequest;
             input(close);
@@ -399,6 +486,8 @@ private:
     int m_selected = 0;
     int m_marker_steps = 0;
     std::vector<Qv::Ptr<EventHandler>> m_steps; // the scripted session's
+    Canvas* m_tip = nullptr;                     // the tool tip showing, on the root
+    Qv::Ptr<EventHandler> m_tip_timer;           // until it shows
     int m_failures = 0;
     bool m_on_screen = std::strcmp(Tela::choosePlatform(), "headless") != 0;
 };

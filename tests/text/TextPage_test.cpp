@@ -1,5 +1,6 @@
 // The gallery's text page in DejaVu Sans, painted on both display roads with
-// its wrapping box narrow and wide, and compared with reference pictures.
+// its wrapping box narrow and wide, and a tool tip as the gallery shows it,
+// compared with reference pictures.
 // Look at them when they change: baselines on one line must align, no
 // descender may be cut, and ".." must stand where text was taken out.
 
@@ -9,9 +10,11 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/colour/Palette.h"
 #include "tela/text/Fonts.h"
+#include "tela/text/TooltipDetails.h"
 #include "tela/vector/Regions.h"
 
 #include "gallery/TextPanel.h"
+#include "gallery/TooltipPanel.h"
 #include "headless/HeadlessRootWindow.h"
 #include "headless/HeadlessServices.h"
 #include "support/PaintForwarder.h"
@@ -75,3 +78,39 @@ INSTANTIATE_TEST_SUITE_P(BothRoads, TextPageOnScreen,
                          [](const auto& info) {
                              return road_name(info.param.road) + "_" + std::to_string(info.param.wrapWidth);
                          });
+
+class TooltipOnScreen : public ::testing::TestWithParam<iImageBase::eLocation> {};
+
+TEST_P(TooltipOnScreen, LooksAsTheReferenceShows)
+{
+    TooltipDetails details(UIString(WString(u"Page")), UIString(WString(u"Wrapped, justified and fitted text")));
+    details.addLine(UIString(WString(u"Keys")), UIString(WString(u"Up and Down move between pages")),
+                    String("Up, Down"));
+    details.addLine(UIString(WString(u"A line with no label")), String());
+
+    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
+    const auto sink = Qv::make<PaintForwarder>();
+    iRootWindow::InitArgs args;
+    args.size = {420, 90};
+    args.eventHandler = sink;
+    RootCanvas* root = tela_createRootCanvas(args);
+    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
+    ASSERT_NE(root, nullptr);
+    sink->root = root;
+    // Measured once the window is there: fonts are made through it.
+    const XY<int> size = Tooltip::sizeFor(details);
+    ASSERT_LE(size.x, 420 - 2 * MARGIN);
+    Canvas* tip = tela_newcanvas(nullptr, root);
+    tela_placecanvas(tip, TopDownRect{MARGIN, MARGIN, MARGIN + size.x, MARGIN + size.y});
+    Tooltip::paint(tip, details, Palette::getDefault());
+    Headless::services().windowing()->mainLoop().runPending();
+
+    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    EXPECT_TRUE(shows_reference(*window, "tooltip.png", "tooltip_" + road_name(GetParam()) + ".png",
+                                GetParam() == iImageBase::eHostMemory));
+    tela_deletecanvas(root);
+    Tela::releaseAllFonts();
+}
+
+INSTANTIATE_TEST_SUITE_P(BothRoads, TooltipOnScreen, ::testing::Values(iImageBase::eHostMemory, iImageBase::eGPU),
+                         [](const auto& info) { return road_name(info.param); });
