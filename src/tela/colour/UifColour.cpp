@@ -129,7 +129,7 @@ UifColour::operator unsigned int() const
     return ((r << 8) | g) << 8 | b;
 }
 
-unsigned long UifColour::getWinCol() const
+ulong UifColour::getWinCol() const
 {
     double c[3];
     rgb(c);

@@ -20,6 +20,10 @@
 
 class PStream;
 
+// The unsigned long of the packed window colour; the same type the C library
+// may already name so.
+using ulong = unsigned long;
+
 class UifColour {
 public:
     UifColour() = default;
@@ -65,7 +69,7 @@ public:
     // Red in bits 16-23.
     operator unsigned int() const;
     // Red in bits 0-7, each channel masked to a byte.
-    unsigned long getWinCol() const;
+    ulong getWinCol() const;
     // Luma and chroma in one number; channels within 0..1 all give 0x101010.
     unsigned int get32BitYUV() const;
     // get32BitYUV() for a colour stored in luma and chroma, else the unsigned
