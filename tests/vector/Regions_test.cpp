@@ -5,6 +5,7 @@
 #include "tela/vector/Regions.h"
 
 #include "headless/HostImage.h"
+#include "headless/PixmanRegion.h"
 #include "support/LiveBlocks.h"
 
 #include <gtest/gtest.h>
@@ -197,6 +198,71 @@ TEST(RegionBuilder, RowsOfRandomRunsBuildTheShapeTheyDescribe)
             }
         }
         EXPECT_EQ(bitmap_of(builder.create()), bits);
+    }
+}
+
+// Rectangles already in the region's own form are taken as they stand; any
+// other form must still come out as the one form of its point set.
+TEST(RegionBuilder, BandedRectanglesGiveTheSameRegionAsAnyOther)
+{
+    const auto created = [](const std::vector<TopDownRect>& rects) {
+        RegionPtr region;
+        OS()->windowing()->createRegion(region, rects.data(), rects.size());
+        EXPECT_TRUE(static_cast<const Headless::PixmanRegion*>(region.get())->selfcheck());
+        Qv::Vector<TopDownRect> out;
+        region->getRects(out);
+        return std::vector<TopDownRect>(out.begin(), out.end());
+    };
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 rng(seed);
+        const RandomShape shape = random_shape(rng);
+        if (!shape.region)
+            continue;
+        Qv::Vector<TopDownRect> form;
+        shape.region->getRects(form);
+        const std::vector<TopDownRect> canonical(form.begin(), form.end());
+        EXPECT_EQ(created(canonical), canonical);
+
+        // Through the builder, a band at a time, as the scan converter gives them.
+        Tela::RegionBuilder bands;
+        for (std::size_t index = 0; index < canonical.size(); ++index) {
+            TopDownRect rect = canonical[index];
+            rect.bottom = rect.top + 1;
+            bands.appendBandRect(rect);
+            const bool bandEnds = index + 1 == canonical.size() || canonical[index + 1].top != rect.top;
+            if (bandEnds) {
+                std::size_t count = 1;
+                while (count <= index && canonical[index - count].top == rect.top)
+                    ++count;
+                bands.extendBand(count, canonical[index].bottom);
+            }
+        }
+        EXPECT_EQ(rects_of(bands), canonical);
+
+        // A band cut in two rows of the same columns, and a rectangle cut in
+        // two that touch: both must be folded back.
+        std::size_t firstBand = 0;
+        while (firstBand < canonical.size() && canonical[firstBand].top == canonical[0].top)
+            ++firstBand;
+        std::vector<TopDownRect> repeated;
+        if (canonical[0].bottom - canonical[0].top >= 2) {
+            for (std::size_t index = 0; index < firstBand; ++index)
+                repeated.push_back({canonical[index].left, canonical[index].top, canonical[index].right, canonical[index].top + 1});
+            for (std::size_t index = 0; index < firstBand; ++index)
+                repeated.push_back({canonical[index].left, canonical[index].top + 1, canonical[index].right, canonical[index].bottom});
+            repeated.insert(repeated.end(), canonical.begin() + std::ptrdiff_t(firstBand), canonical.end());
+        } else {
+            repeated = canonical;
+        }
+        EXPECT_EQ(created(repeated), canonical);
+        std::vector<TopDownRect> touching = canonical;
+        if (touching[0].right - touching[0].left >= 2) {
+            const int middle = (touching[0].left + touching[0].right) / 2;
+            touching.insert(touching.begin() + 1, TopDownRect{middle, touching[0].top, touching[0].right, touching[0].bottom});
+            touching[0].right = middle;
+        }
+        EXPECT_EQ(created(touching), canonical);
     }
 }
 

@@ -24,6 +24,12 @@ public:
     void appendRect(const Qv::Rectangle<int>& rect);
     void appendRect(int left, int top, int right, int bottom) { appendRect({left, top, right, bottom}); }
 
+    // For callers that make the banded form themselves: the rectangle goes
+    // in as it stands, never merged or split, and extendBand lowers the
+    // bottom of the last `count` rectangles, a band grown by a row.
+    void appendBandRect(const Qv::Rectangle<int>& rect) { push(rect); }
+    void extendBand(std::size_t count, int bottom);
+
     // A region of what has been collected; the builder stays usable.
     Qv::Ptr<iRegion> create() const;
 

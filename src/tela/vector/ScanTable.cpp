@@ -89,6 +89,28 @@ int to_int(double value)
     return -int(EDGE_LIMIT);
 }
 
+// to_int(std::ceil(value)), without the library call or its long inline
+// form: this runs once for every transition.
+int ceil_to_int(double value)
+{
+    if (!(value > -EDGE_LIMIT))
+        return -int(EDGE_LIMIT);
+    if (value >= EDGE_LIMIT)
+        return int(EDGE_LIMIT);
+    const int truncated = int(value);
+    return truncated + (double(truncated) < value ? 1 : 0);
+}
+
+// Links a record for x into the sorted list after head, after any of equal x.
+void insert_trans(ScanTrans* head, ScanTrans* record, double x, std::uint32_t direction, double slope)
+{
+    ScanTrans* before = head;
+    while (before->next && x > before->next->exactX)
+        before = before->next;
+    new (record) ScanTrans{ceil_to_int(x), direction, x, slope, before->next};
+    before->next = record;
+}
+
 double clamp_coordinate(double value)
 {
     return std::clamp(value, -EDGE_LIMIT, EDGE_LIMIT);
@@ -187,10 +209,42 @@ void scan_add_span(double xHigh, double yHigh, double xLow, double yLow, std::ui
         return; // between two sampling rows
     const double slope = (xHigh - xLow) / (yHigh - yLow);
     double x = (line - yHigh) * slope + xHigh;
-    while (scan_add_trans(x, line, direction, slope) && line + 1 <= top) {
-        ++line;
-        x += slope;
+    ScanTableState& t = table();
+    if (line < 0 || line >= t.lines) {
+        scan_add_trans(x, line, direction, slope); // reports, and the edge stops
+        return;
     }
+    // scan_add_trans row by row, with the heap's bump pointer held here
+    // rather than in memory: the rows inside the table first, then, for an
+    // edge running past the end, the report that stops it there.
+    const int last = std::min(top, t.lines - 1);
+    ScanHeap& h = heap();
+    ScanTrans* bump = h.bump;
+    int recordsLeft = h.recordsLeft;
+    for (;; ++line, x += slope) {
+        ScanTrans* record = bump;
+        if (recordsLeft > 0) {
+            ++bump;
+            --recordsLeft;
+        } else {
+            h.bump = bump;
+            h.recordsLeft = recordsLeft;
+            record = scan_alloc_trans();
+            if (!record) {
+                report_once(HEAP_SPENT, "not enough scan-conversion heap");
+                return;
+            }
+            bump = h.bump;
+            recordsLeft = h.recordsLeft;
+        }
+        insert_trans(&t.heads[line], record, x, direction, slope);
+        if (line == last)
+            break;
+    }
+    h.bump = bump;
+    h.recordsLeft = recordsLeft;
+    if (top > last)
+        scan_add_trans(x + slope, last + 1, direction, slope); // reports the row past the end
 }
 
 bool scan_add_trans(double x, int line, std::uint32_t direction, double slope)
@@ -204,20 +258,12 @@ bool scan_add_trans(double x, int line, std::uint32_t direction, double slope)
         report_once(INDEX_TOO_BIG, "scan_add_trans: index too big!\n");
         return false;
     }
-    ScanTrans* before = &t.heads[line];
-    while (before->next && x > before->next->exactX)
-        before = before->next;
     ScanTrans* const record = scan_alloc_trans();
     if (!record) {
         report_once(HEAP_SPENT, "not enough scan-conversion heap");
         return false;
     }
-    record->exactX = x;
-    record->x = to_int(std::ceil(x));
-    record->direction = direction;
-    record->slope = slope;
-    record->next = before->next;
-    before->next = record;
+    insert_trans(&t.heads[line], record, x, direction, slope);
     return true;
 }
 
@@ -274,6 +320,39 @@ void scan_widen_all(int flags)
         scan_widen(line);
 }
 
+namespace {
+
+// The next span of a row from `record` on, as [left, right): the records
+// taken in pairs, the first opening and the next closing, empty pairs left
+// out and pairs that touch or overlap the span joined to it. An odd last
+// record opens a span that nothing closes, and adds nothing. False at the
+// end of the row.
+bool next_span(const ScanTrans*& record, int& left, int& right)
+{
+    for (;;) {
+        if (!record || !record->next)
+            return false;
+        left = record->x;
+        right = record->next->x;
+        record = record->next->next;
+        if (right > left)
+            break;
+    }
+    while (record && record->next) {
+        const int x0 = record->x;
+        const int x1 = record->next->x;
+        if (x1 > x0) {
+            if (x0 < left || x0 > right)
+                break;
+            right = std::max(right, x1);
+        }
+        record = record->next->next;
+    }
+    return true;
+}
+
+} // namespace
+
 Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
 {
     const ScanTableState& t = table();
@@ -291,17 +370,31 @@ Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
     Tela::RegionBuilder builder(std::size_t(highest - lowest + 1));
     const int root_height = canvas->getRootParent()->getHeight();
     // From the highest row down, so rectangles arrive top first in the window.
+    // A run of rows with the same spans becomes one band of rectangles as
+    // tall as the run: the rectangles arrive in the banded form regions
+    // keep, and the platform can take them as they are.
+    std::size_t band = 0;      // first rectangle of the band above
+    std::size_t bandSize = 0;  // and how many it has
     for (int line = highest; line >= lowest; --line) {
         const int window_y = root_height - t.originY - line;
-        const ScanTrans* record = t.heads[line].next;
-        // Pairs: the first opens a span, the next closes it. An odd last
-        // record opens a span that nothing closes, and adds nothing.
-        for (; record && record->next; record = record->next->next) {
-            const int x0 = record->x + t.originX;
-            const int x1 = record->next->x + t.originX;
-            if (x1 > x0)
-                builder.appendRect(x0, window_y - 1, x1, window_y);
+        const ScanTrans* first = t.heads[line].next;
+        int left = 0, right = 0;
+        if (line < highest) {
+            // The row's spans against the band's columns: the same ones grow the band.
+            const ScanTrans* record = first;
+            std::size_t index = 0;
+            while (index < bandSize && next_span(record, left, right) && left + t.originX == builder[band + index].left &&
+                   right + t.originX == builder[band + index].right)
+                ++index;
+            if (index == bandSize && !next_span(record, left, right)) {
+                builder.extendBand(bandSize, window_y);
+                continue;
+            }
         }
+        band = builder.size();
+        for (const ScanTrans* record = first; next_span(record, left, right);)
+            builder.appendBandRect({left + t.originX, window_y - 1, right + t.originX, window_y});
+        bandSize = builder.size() - band;
     }
     return builder.create();
 }
