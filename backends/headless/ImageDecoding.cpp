@@ -150,6 +150,15 @@ private:
     // Sizes are judged by refuse_size, with our message; libpng's own limit
     // stays far above it.
     png_set_user_limits(png, 0x7fffffff, 0x7fffffff);
+    // Only the pixels, the palette and the transparency are used: every other
+    // chunk is skipped unread. libpng only warns about an ancillary chunk
+    // whose length is absurd and then allocates for it anyway, so a few
+    // damaged bytes could ask for gigabytes; skipped chunks are never held.
+    static const png_byte unused[] = "bKGD\0cHRM\0eXIf\0gAMA\0hIST\0iCCP\0iTXt\0oFFs\0pCAL\0pHYs\0sBIT\0"
+                                     "sCAL\0sPLT\0sRGB\0tEXt\0tIME\0zTXt";
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, unused, 17);
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, 0);
+    png_set_chunk_malloc_max(png, std::max<png_alloc_size_t>(job->size, 1));
     png_read_info(png, info);
     job->width = png_get_image_width(png, info);
     job->height = png_get_image_height(png, info);

@@ -158,6 +158,12 @@ TEST(ImageDecoding, BadInputGivesAMessageAndNoImageAndKeepsNoMemory)
         noise[at] = static_cast<std::uint8_t>(at * 151 + 7);
     Bytes png_with_noise(png.begin(), png.begin() + 33);   // a good header, then rubbish
     png_with_noise.insert(png_with_noise.end(), noise.begin(), noise.end());
+    // A palette picture whose next chunk claims to be almost 2 GB long.
+    const Bytes huge_chunk = {0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48,
+                              0x44, 0x52, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x03, 0x01, 0x03, 0x00, 0x00,
+                              0x01, 0x1b, 0xe1, 0x17, 0x6a, 0x77, 0x00, 0x00, 0x06, 0x73, 0x50, 0x4c, 0x54, 0x45,
+                              0x68, 0x60};
+
 
     struct Case {
         const char* what;
@@ -173,6 +179,8 @@ TEST(ImageDecoding, BadInputGivesAMessageAndNoImageAndKeepsNoMemory)
           "cannot be decoded" },
         { "PNG with a damaged chunk", bad_crc, "cannot be decoded" },
         { "PNG header then noise", png_with_noise, "cannot be decoded" },
+        // Skipped unread, so the file simply ends early: nothing is allocated for it.
+        { "PNG chunk longer than the file", huge_chunk, "cannot be decoded" },
         { "PNG of no width", PictureFiles::withPngSize(png, 0, 32), "cannot be decoded" },
         { "PNG of 30000 x 30000", PictureFiles::withPngSize(png, 30000, 30000),
           "is 30000 x 30000 pixels, too large to load" },
