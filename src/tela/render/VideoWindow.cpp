@@ -469,13 +469,15 @@ Qv::Ptr<iRenderTarget> VideoWindow::getRenderTarget()
 
 void VideoWindow::display(const Qv::Ptr<iGPUImage>& frame)
 {
+    // Read before the target exists: a composited target holds the canvas's
+    // lock, which is never held while `lock` is taken.
+    const XY<int> size = getSize();
     const Qv::Ptr<iRenderTarget> target = getRenderTarget();
     if (!target || !frame)
         return;
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = target->getRenderer();
     if (!renderer)
         return;
-    const XY<int> size = getSize();
     XY<int> frame_size;
     frame->getSize(frame_size);
     const ::ImageDescription picture(frame, TopDownRect { 0, 0, size.x, size.y },
