@@ -3,6 +3,9 @@
 #include "headless/FreeTypeFont.h"
 #include "headless/HeadlessServices.h"
 #include "headless/PngFile.h"
+#include "headless/VideoChildWindow.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -35,6 +38,8 @@ Headless::RootWindow::RootWindow(std::int32_t mode, iImageBase::eLocation locati
 
 Headless::RootWindow::~RootWindow()
 {
+    for (VideoChildWindow* child : m_children)
+        child->detach();
     services().windowing()->mainLoop().unregisterWindow(this);
 }
 
@@ -122,7 +127,27 @@ bool Headless::RootWindow::snapshot(const char* path)
 {
     if (!m_pixels)
         m_pixels = HostImage::create(m_size, iImageBase::eHostMemory);
-    return m_pixels && savePng(*m_pixels, path);
+    const Qv::Ptr<HostImage> shown = shownPixels();
+    return shown && savePng(*shown, path);
+}
+
+void Headless::RootWindow::removeChild(VideoChildWindow* child)
+{
+    m_children.erase(std::remove(m_children.begin(), m_children.end(), child), m_children.end());
+}
+
+Qv::Ptr<Headless::HostImage> Headless::RootWindow::shownPixels() const
+{
+    if (m_children.empty() || !m_pixels)
+        return m_pixels;
+    // The children are windows of their own: they cover the frame without
+    // ever being part of it, so they are laid over a copy.
+    Qv::Ptr<HostImage> shown = m_pixels->copy(iImageBase::eHostMemory);
+    if (!shown)
+        return m_pixels;
+    for (VideoChildWindow* child : m_children)
+        child->composeOnto(shown);
+    return shown;
 }
 
 Qv::Ptr<iFont> Headless::RootWindow::createFont(const WString& name, unsigned short size, unsigned int style,

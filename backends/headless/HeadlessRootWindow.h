@@ -17,6 +17,8 @@
 
 namespace Headless {
 
+class VideoChildWindow;
+
 class RootWindow final : public iRootWindow {
 public:
     explicit RootWindow(std::int32_t mode, iImageBase::eLocation location = iImageBase::eHostMemory);
@@ -78,7 +80,16 @@ public:
     // null for the whole window. Clears it.
     Qv::Ptr<iRegion> takePaintRegion() { return m_invalid.take(); }
     const Qv::Ptr<HostImage>& pixels() const { return m_pixels; }
-    // Writes what the window shows to a PNG file; false, with a message, on failure.
+    // What the window shows: its pixels with its video child windows laid over
+    // them. The pixels themselves while it has no children.
+    Qv::Ptr<HostImage> shownPixels() const;
+    // Video child windows join at creation and leave at destruction; those
+    // left when the window goes are told it has gone.
+    void addChild(VideoChildWindow* child) { m_children.push_back(child); }
+    void removeChild(VideoChildWindow* child);
+    const Qv::Vector<VideoChildWindow*>& children() const { return m_children; }
+    // Writes what the window shows, children included, to a PNG file; false,
+    // with a message, on failure.
     // A window without pixels yet gets a host-memory frame of its size first.
     [[nodiscard]] bool snapshot(const char* path);
 
@@ -98,6 +109,7 @@ private:
     Qv::Ptr<iEventHandler> m_handler;
     InvalidArea m_invalid;
     Qv::Ptr<HostImage> m_pixels;
+    Qv::Vector<VideoChildWindow*> m_children;   // not owned; each removes itself
     std::atomic<std::uint64_t> m_wakes { 0 };
     std::uint32_t m_identity;
 };

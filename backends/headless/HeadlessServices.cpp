@@ -8,6 +8,7 @@
 #include "headless/ImageDecoding.h"
 #include "headless/PixmanRegion.h"
 #include "headless/PngFile.h"
+#include "headless/VideoChildWindow.h"
 #include "tela/core/Log.h"
 #include "tela/platform/Platforms.h"
 
@@ -47,10 +48,15 @@ bool Headless::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32
     return true;
 }
 
-bool Headless::Windowing::createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>&)
+bool Headless::Windowing::createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>& parent,
+                                            const XY<int>& size, const XY<int>& position)
 {
-    out = nullptr;   // FIXME: child windows arrive with the video surface
-    return false;
+    out = nullptr;
+    const Qv::Ptr<RootWindow> root = Qv::dynamicCast<RootWindow>(parent);
+    if (!root)
+        return false;   // only this platform's windows can hold its children
+    out = Qv::make<VideoChildWindow>(root.get(), size, position, m_child_windows_shapeable);
+    return true;
 }
 
 bool Headless::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count)

@@ -54,7 +54,8 @@ public:
 class Windowing final : public iWindowingService {
 public:
     bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) override;
-    bool createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>& parent) override;
+    bool createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>& parent, const XY<int>& size,
+                           const XY<int>& position) override;
     bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) override;
     void enumerateFonts(Qv::Set<WString>& names) override;
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
@@ -85,6 +86,9 @@ public:
     void setDefaultDisplayLocation(int location) { m_default_location = location; }
     // The loop behind runMessageLoop; tests may drive it with runPending().
     MainLoop& mainLoop() { return m_main_loop; }
+    // Whether the next video child windows can take a shape (they can unless
+    // told); those that cannot are covered by an overlay instead.
+    void setChildWindowsShapeable(bool shapeable) { m_child_windows_shapeable = shapeable; }
 
 private:
     std::uint32_t m_held_modifiers = 0;
@@ -93,6 +97,7 @@ private:
     std::atomic<int> m_stock_cursors_made { 0 };
     RootWindow* m_last_window = nullptr;
     int m_default_location = 0;
+    bool m_child_windows_shapeable = true;
     MainLoop m_main_loop;
 };
 

@@ -14,6 +14,7 @@ public:
         : m_image(Qv::Ptr<HostImage>::fromParts(image.refCountKey(), &image))
     {
         image.m_lock_count.fetch_add(1);
+        image.m_locks_taken.fetch_add(1);
     }
     ~HostPixelGuard() override { m_image->m_lock_count.fetch_sub(1); }
 

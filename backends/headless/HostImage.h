@@ -31,6 +31,9 @@ public:
 
     int stride() const { return m_size.x * 4; }
     bool isLocked() const { return m_lock_count.load() > 0; }
+    // A guard has been taken at some time: with isLocked false, whoever drew
+    // into the image through a renderer has finished.
+    bool hasBeenLocked() const { return m_locks_taken.load() > 0; }
     std::uint32_t pixelAt(int x, int y) const;   // 0xAARRGGBB; 0 outside
     void fill(std::uint32_t argb);
     // The same pixels in a new image that reports `location`; null when out of memory.
@@ -44,6 +47,7 @@ private:
     iImageBase::eLocation m_location;
     std::uint8_t* m_pixels;
     std::atomic<int> m_lock_count { 0 };
+    std::atomic<unsigned> m_locks_taken { 0 };
 };
 
 } // namespace Headless

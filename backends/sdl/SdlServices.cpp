@@ -159,9 +159,12 @@ bool Sdl::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mo
     return true;
 }
 
-bool Sdl::Windowing::createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>&)
+bool Sdl::Windowing::createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>&, const XY<int>&,
+                                       const XY<int>&)
 {
-    out = nullptr; // child windows come with the video surface
+    // FIXME: no child windows over an SDL window yet; a video window falls
+    // back to drawing into its canvas.
+    out = nullptr;
     return false;
 }
 

@@ -77,7 +77,8 @@ float densityScale(SDL_Window* window);
 class Windowing final : public iWindowingService {
 public:
     bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) override;
-    bool createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>& parent) override;
+    bool createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>& parent, const XY<int>& size,
+                           const XY<int>& position) override;
     bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) override;
     void enumerateFonts(Qv::Set<WString>& names) override;
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }

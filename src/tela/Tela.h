@@ -36,6 +36,7 @@
 #include "tela/render/Descriptions.h"
 #include "tela/render/DrawingHelpers.h"
 #include "tela/render/RasterImage.h"
+#include "tela/render/VideoWindow.h"
 #include "tela/state/TelaState.h"
 #include "tela/text/Fonts.h"
 #include "tela/text/GlyphNames.h"

@@ -65,7 +65,11 @@ void compose_as_blit(Canvas& canvas, iGraphicPrimitivesRenderer& renderer, const
 void tela_compose_canvas(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer, const XY<int>& origin,
                          DisplayRoad road)
 {
-    if (!canvas || !renderer || !canvas->shape() || !canvas->offscreenBuffer)
+    if (!canvas || !renderer || !canvas->shape())
+        return;
+    // A video thread may be drawing a frame into the buffer (VideoWindow).
+    CriticalSection::Guard guard(canvas->lock);
+    if (!canvas->offscreenBuffer)
         return;
     Qv::Box<int> box;
     canvas->shape()->getBox(box);

@@ -9,6 +9,7 @@
 #include "tela/platform/iImage.h"
 #include "tela/platform/iRegion.h"
 #include "tela/platform/iRootWindow.h"
+#include "tela/platform/iVideoChildWindow.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +20,11 @@ class iCursor : public iObject {};
 class iWindowingService {
 public:
     virtual bool createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode) = 0;
-    virtual bool createChildWindow(Qv::Ptr<iObject>& out, const Qv::Ptr<iRootWindow>& parent) = 0;
+    // A video child window over `parent` at `position` (the parent's coordinates,
+    // top-down) of `size`, shown; false, with a null window, where the platform
+    // has none.
+    virtual bool createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>& parent,
+                                   const XY<int>& size, const XY<int>& position) = 0;
     // rects arrive banded: row by row from the top, left to right within a row. A platform
     // must still accept rectangles out of that order and normalise them.
     virtual bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) = 0;
