@@ -269,3 +269,23 @@ TEST(RootCanvas, ANewWallpaperTakesEffectOnlyWhileChangesAreEnabled)
     tela_setRootTextureChangeEnabled(false);
     tela_deletecanvas(root);
 }
+
+TEST_P(DisplayRoads, ACanvasPlacedAgainShowsAtItsNewRectangleAndUncoversTheOld)
+{
+    const auto sink = Qv::make<PaintForwarder>();
+    RootCanvas* root = root_on(GetParam(), {80, 40}, sink);
+    ASSERT_NE(root, nullptr);
+    painted(root, 0, 0, 80, 40, 0xFFC03030);                  // red below
+    Canvas* blue = painted(root, 5, 5, 20, 20, 0xFF3030C0);  // blue on top
+    Headless::services().windowing()->mainLoop().runPending();
+    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    ASSERT_EQ(window->pixels()->pixelAt(10, 10), 0xFF3030C0u);
+
+    // Same size: the pixels go with it, as a move takes them.
+    tela_placecanvas(blue, TopDownRect{45, 10, 65, 30});
+    Headless::services().windowing()->mainLoop().runPending();
+    EXPECT_EQ(window->pixels()->pixelAt(10, 10), 0xFFC03030u);   // the old place shows what was below
+    EXPECT_EQ(window->pixels()->pixelAt(50, 15), 0xFF3030C0u);   // the new one shows the canvas
+    EXPECT_EQ(window->pixels()->pixelAt(64, 29), 0xFF3030C0u);
+    tela_deletecanvas(root);
+}

@@ -46,6 +46,17 @@ int apply_shape(Canvas* canvas, const RegionPtr& region, const double matrix[3][
     if (canvas->mapped) {
         canvas_expose(canvas, canvas->shape());
         canvas_expose(canvas, old_shape);
+        // Exposing repaints what lies below and around. A canvas that had a
+        // place already keeps its pixels, so it and what is on it must show at
+        // the new place too, or a window that copies buffers keeps showing
+        // what was below. A canvas placed for the first time has nothing to
+        // show yet: what it is given to draw will mark itself.
+        if (old_shape && !canvas->lightweight && canvas->shape()) {
+            for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
+                if (!c->lightweight)
+                    canvupd_mark_region_exact(c, c->shape(), true, false);
+            canvupd_mark_region_exact(canvas, canvas->shape(), true, true);
+        }
     }
     return 1;
 }
