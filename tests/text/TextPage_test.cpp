@@ -4,20 +4,13 @@
 // Look at them when they change: baselines on one line must align, no
 // descender may be cut, and ".." must stand where text was taken out.
 
-#include "tela/canvas/Canvas.h"
-#include "tela/canvas/CanvasGeometry.h"
-#include "tela/canvas/CanvasTree.h"
-#include "tela/canvas/RootCanvas.h"
 #include "tela/colour/Palette.h"
 #include "tela/text/Fonts.h"
 #include "tela/text/TooltipDetails.h"
-#include "tela/vector/Regions.h"
 
 #include "gallery/TextPanel.h"
 #include "gallery/TooltipPanel.h"
-#include "headless/HeadlessRootWindow.h"
-#include "headless/HeadlessServices.h"
-#include "support/PaintForwarder.h"
+#include "support/PageWindow.h"
 #include "support/ReferencePicture.h"
 
 #include <gtest/gtest.h>
@@ -26,18 +19,11 @@
 
 namespace {
 
-constexpr int MARGIN = 8;
-
 struct Case {
     iImageBase::eLocation road;
     int wrapWidth;
     const char* reference;
 };
-
-std::string road_name(iImageBase::eLocation road)
-{
-    return road == iImageBase::eGPU ? "composited" : "host";
-}
 
 } // namespace
 
@@ -46,27 +32,15 @@ class TextPageOnScreen : public ::testing::TestWithParam<Case> {};
 TEST_P(TextPageOnScreen, LooksAsTheReferenceShows)
 {
     const Case& c = GetParam();
-    Headless::services().windowing()->setDefaultDisplayLocation(c.road);
-    const auto sink = Qv::make<PaintForwarder>();
-    iRootWindow::InitArgs args;
-    args.size = {TextPage::PAGE_WIDTH + 2 * MARGIN, TextPage::PAGE_HEIGHT + 2 * MARGIN};
-    args.eventHandler = sink;
-    RootCanvas* root = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
-    ASSERT_NE(root, nullptr);
-    sink->root = root;
-
-    Canvas* page = tela_newcanvas(nullptr, root);
-    tela_placecanvas(page, TopDownRect{MARGIN, MARGIN, MARGIN + TextPage::PAGE_WIDTH, MARGIN + TextPage::PAGE_HEIGHT},
-                     makeCurvedRegion({TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT}, 15, eLargeCorners));
-    TextPage::paint(page, Palette::getDefault(), c.wrapWidth);
-    Headless::services().windowing()->mainLoop().runPending();
-
-    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
-    const std::string shown = std::string("text_") + std::to_string(c.wrapWidth) + "_" + road_name(c.road) + ".png";
-    EXPECT_TRUE(shows_reference(*window, c.reference, shown, c.road == iImageBase::eHostMemory));
-
-    tela_deletecanvas(root);
+    {
+        const PageWindow shown(c.road, {TextPage::PAGE_WIDTH, TextPage::PAGE_HEIGHT});
+        ASSERT_NE(shown.root, nullptr);
+        TextPage::paint(shown.page, Palette::getDefault(), c.wrapWidth);
+        shown.show();
+        EXPECT_TRUE(shows_reference(shown.window(), c.reference,
+                                    "text_" + std::to_string(c.wrapWidth) + "_" + road_name(c.road) + ".png",
+                                    c.road == iImageBase::eHostMemory));
+    }
     Tela::releaseAllFonts();
 }
 
@@ -88,27 +62,19 @@ TEST_P(TooltipOnScreen, LooksAsTheReferenceShows)
                     String("Up, Down"));
     details.addLine(UIString(WString(u"A line with no label")), String());
 
-    Headless::services().windowing()->setDefaultDisplayLocation(GetParam());
-    const auto sink = Qv::make<PaintForwarder>();
-    iRootWindow::InitArgs args;
-    args.size = {420, 90};
-    args.eventHandler = sink;
-    RootCanvas* root = tela_createRootCanvas(args);
-    Headless::services().windowing()->setDefaultDisplayLocation(iImageBase::eHostMemory);
-    ASSERT_NE(root, nullptr);
-    sink->root = root;
-    // Measured once the window is there: fonts are made through it.
-    const XY<int> size = Tooltip::sizeFor(details);
-    ASSERT_LE(size.x, 420 - 2 * MARGIN);
-    Canvas* tip = tela_newcanvas(nullptr, root);
-    tela_placecanvas(tip, TopDownRect{MARGIN, MARGIN, MARGIN + size.x, MARGIN + size.y});
-    Tooltip::paint(tip, details, Palette::getDefault());
-    Headless::services().windowing()->mainLoop().runPending();
-
-    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
-    EXPECT_TRUE(shows_reference(*window, "tooltip.png", "tooltip_" + road_name(GetParam()) + ".png",
-                                GetParam() == iImageBase::eHostMemory));
-    tela_deletecanvas(root);
+    {
+        // The tip takes the page's place; measured once the window is there,
+        // since fonts are made through it.
+        const PageWindow shown(GetParam(), {404, 74});
+        ASSERT_NE(shown.root, nullptr);
+        const XY<int> size = Tooltip::sizeFor(details);
+        ASSERT_LE(size.x, 404);
+        tela_placecanvas(shown.page, TopDownRect{8, 8, 8 + size.x, 8 + size.y});
+        Tooltip::paint(shown.page, details, Palette::getDefault());
+        shown.show();
+        EXPECT_TRUE(shows_reference(shown.window(), "tooltip.png", "tooltip_" + road_name(GetParam()) + ".png",
+                                    GetParam() == iImageBase::eHostMemory));
+    }
     Tela::releaseAllFonts();
 }
 
