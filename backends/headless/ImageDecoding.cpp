@@ -15,6 +15,7 @@
 
 #include "headless/ImageDecoding.h"
 
+#include "headless/MemoryBlock.h"
 #include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 
@@ -325,20 +326,6 @@ int run_jpeg_pixels(JpegJob* job)
 
 // [SECTION] Files
 
-// Owns one block from the memory seam.
-class Block {
-public:
-    explicit Block(std::size_t bytes) : m_bytes(static_cast<std::uint8_t*>(Qv::allocate(bytes ? bytes : 1))) {}
-    ~Block() { Qv::release(m_bytes); }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
-
-    std::uint8_t* get() const { return m_bytes; }
-
-private:
-    std::uint8_t* m_bytes;
-};
-
 class FileScope {
 public:
     explicit FileScope(const char* path) : m_file(std::fopen(path, "rb")) {}
@@ -454,7 +441,7 @@ Qv::Ptr<Headless::HostImage> Headless::loadImageFile(const char* path)
         murl_printf("Image file %s is %ld bytes, too large to load\n", path, size);
         return nullptr;
     }
-    const Block bytes(static_cast<std::size_t>(size));
+    const Headless::MemoryBlock bytes(static_cast<std::size_t>(size));
     if (!bytes.get())
         return nullptr;
     if (std::fread(bytes.get(), 1, static_cast<std::size_t>(size), file.get()) != static_cast<std::size_t>(size)) {

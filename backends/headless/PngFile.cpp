@@ -1,5 +1,6 @@
 #include "headless/PngFile.h"
 
+#include "headless/MemoryBlock.h"
 #include "tela/core/AtomicFile.h"
 #include "tela/core/Log.h"
 
@@ -10,20 +11,6 @@
 #include <string_view>
 
 namespace {
-
-// Owns one block from the memory seam.
-class Block {
-public:
-    explicit Block(std::size_t bytes) : m_bytes(static_cast<std::uint8_t*>(Qv::allocate(bytes ? bytes : 4))) {}
-    ~Block() { Qv::release(m_bytes); }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
-
-    std::uint8_t* get() const { return m_bytes; }
-
-private:
-    std::uint8_t* m_bytes;
-};
 
 // Frees what libpng holds for an image on every road out, including early ones.
 class PngImageScope {
@@ -64,7 +51,7 @@ bool Headless::savePng(iImage& image, const char* path)
     }
 
     const std::size_t row_bytes = static_cast<std::size_t>(size.x) * 4;
-    Block straight(row_bytes * static_cast<std::size_t>(size.y));
+    Headless::MemoryBlock straight(row_bytes * static_cast<std::size_t>(size.y));
     if (!straight.get())
         return false;
     for (int row = 0; row < size.y; ++row) {
@@ -96,7 +83,7 @@ bool Headless::savePng(iImage& image, const char* path)
         murl_printf("PngFile: cannot encode %s: %s\n", path, png.message);
         return false;
     }
-    Block encoded(encoded_size);
+    Headless::MemoryBlock encoded(encoded_size);
     if (!encoded.get()
         || !png_image_write_to_memory(&png, encoded.get(), &encoded_size, 0, straight.get(),
                                       static_cast<png_int_32>(row_bytes), nullptr)) {

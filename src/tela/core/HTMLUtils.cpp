@@ -14,17 +14,6 @@ unsigned int channel_byte(float value)
     return static_cast<unsigned int>(std::lround(std::min(value, 1.0f) * 255.0f));
 }
 
-int hex_digit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 } // namespace
 
 NormalisedRGB HTMLUtils::fromHex(unsigned int rgb)
@@ -46,7 +35,7 @@ bool HTMLUtils::parseHex(std::string_view text, unsigned int& rgb)
         return false;
     unsigned int value = 0;
     for (const char c : text) {
-        const int digit = hex_digit(c);
+        const int digit = HTMLUtils::hexDigit(c);
         if (digit < 0)
             return false;
         value = value << 4 | static_cast<unsigned int>(digit);
@@ -103,4 +92,15 @@ WString HTMLUtils::addStyleTags(const WString& text, unsigned int style, unsigne
         close = WString(u"</") + WString(tags[bit]) + WString(u">") + close;
     }
     return open + text + close;
+}
+
+int HTMLUtils::hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
 }

@@ -14,6 +14,8 @@ NormalisedRGB fromHex(unsigned int rgb);
 // The nearest 24-bit number; channels outside 0..1 are clamped. Alpha is not kept.
 unsigned int toHex(const NormalisedRGB& colour);
 
+// The value of one hexadecimal digit, either case; -1 for any other character.
+int hexDigit(char c);
 // "rrggbb" or "#rrggbb", either case; false for anything else.
 bool parseHex(std::string_view text, unsigned int& rgb);
 // Six lower-case hex digits into `out`, which must hold 7 characters.

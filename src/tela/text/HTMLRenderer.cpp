@@ -85,17 +85,6 @@ String as_string(std::string_view bytes)
     return String(bytes.data(), bytes.size());
 }
 
-int hex_digit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 // The value as "%x" reads it: blanks, a sign, an optional 0x, then at least
 // one hex digit; the number wraps at 32 bits rather than overflowing.
 bool read_hex(std::string_view text, unsigned int& value)
@@ -107,12 +96,12 @@ bool read_hex(std::string_view text, unsigned int& value)
     if (at < text.size() && (text[at] == '+' || text[at] == '-'))
         negative = text[at++] == '-';
     if (at + 2 < text.size() && text[at] == '0' && (text[at + 1] == 'x' || text[at + 1] == 'X') &&
-        hex_digit(text[at + 2]) >= 0)
+        HTMLUtils::hexDigit(text[at + 2]) >= 0)
         at += 2;
     unsigned int number = 0;
     std::size_t digits = 0;
     for (; at < text.size(); ++at, ++digits) {
-        const int digit = hex_digit(text[at]);
+        const int digit = HTMLUtils::hexDigit(text[at]);
         if (digit < 0)
             break;
         number = number << 4 | static_cast<unsigned int>(digit);
