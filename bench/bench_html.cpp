@@ -13,6 +13,8 @@
 #include "tela/text/HTMLRenderer.h"
 #include "tela/text/WordWrappingTextRenderer.h"
 
+#include "FontScene.h"
+
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -21,25 +23,6 @@ namespace {
 
 constexpr std::size_t TEXT_BYTES = 1 << 20;
 constexpr unsigned short WIDTH = 400;
-
-// A root window for the font table to make its fonts through.
-struct Scene {
-    Scene()
-    {
-        iRootWindow::InitArgs args;
-        args.size = {640, 480};
-        root = tela_createRootCanvas(args);
-    }
-    ~Scene()
-    {
-        Tela::releaseAllFonts();
-        tela_state().rootWindows.clear();
-        event_set_kbd_focus(nullptr);
-        tela_setcanvas(nullptr);
-        tela_deletecanvas(root);
-    }
-    RootCanvas* root = nullptr;
-};
 
 // The same words twice: as markup, a paragraph of styled runs at a time, and
 // as plain text with a newline for each paragraph.
@@ -86,7 +69,7 @@ const Texts& texts()
 
 void BM_HTMLParse(benchmark::State& state)
 {
-    Scene scene;
+    FontScene scene;
     const Texts& text = texts();
     for (auto _ : state)
         benchmark::DoNotOptimize(HTMLRenderer::parse(text.markup, Palette::getDefault()));
@@ -96,7 +79,7 @@ BENCHMARK(BM_HTMLParse)->Unit(benchmark::kMillisecond);
 
 void BM_HTMLParseAndLayout(benchmark::State& state)
 {
-    Scene scene;
+    FontScene scene;
     const Texts& text = texts();
     for (auto _ : state) {
         const LightweightVector<HTMLRenderer::Paragraph> paragraphs = HTMLRenderer::parse(text.markup, Palette::getDefault());
@@ -108,7 +91,7 @@ BENCHMARK(BM_HTMLParseAndLayout)->Unit(benchmark::kMillisecond);
 
 void BM_PlainWordWrap(benchmark::State& state)
 {
-    Scene scene;
+    FontScene scene;
     const Texts& text = texts();
     const Qv::Ptr<iFont> font = Tela::getDefaultFont(0);
     for (auto _ : state) {

@@ -20,6 +20,8 @@
 
 #include "headless/FreeTypeFont.h"
 
+#include "FontScene.h"
+
 #include <benchmark/benchmark.h>
 #include <fontconfig/fontconfig.h>
 #include <hb-ot.h>
@@ -138,27 +140,9 @@ std::string faceFile(const char* family)
     return path;
 }
 
-// A headless root window, so that the font table can make fonts as it does in an application.
-struct Scene {
-    Scene()
-    {
-        iRootWindow::InitArgs args;
-        args.size = {640, 480};
-        root = tela_createRootCanvas(args);
-    }
-    ~Scene()
-    {
-        tela_state().rootWindows.clear();
-        event_set_kbd_focus(nullptr);
-        tela_setcanvas(nullptr);
-        tela_deletecanvas(root);
-    }
-    RootCanvas* root = nullptr;
-};
-
 void BM_WrapTela(benchmark::State& state)
 {
-    const Scene scene;
+    const FontScene scene;
     const std::vector<WString> text = wideParagraphs();
     const Qv::Ptr<iFont> font = Tela::loadFont("DejaVu Sans", EM_PIXELS, 0);
     const auto* real = dynamic_cast<const Headless::FreeTypeFont*>(font.get());
