@@ -59,22 +59,37 @@ bool refuse_size(const char* name, std::uint64_t width, std::uint64_t height)
 
 // Straight BGRA to premultiplied, rounding to nearest: (t + t / 256) / 256 with
 // t = c * a + 128 is c * a / 255 rounded, without a division. Blue and red
-// share one multiply in two 16-bit lanes (t stays below 65536), and opaque
-// pixels, the usual case, are passed over.
+// share one multiply in two 16-bit lanes (t stays below 65536).
+void premultiply_pixel(std::uint8_t* bytes)
+{
+    std::uint32_t pixel;
+    std::memcpy(&pixel, bytes, 4);
+    const std::uint32_t alpha = pixel >> 24;
+    std::uint32_t blue_red = (pixel & 0x00ff00ffu) * alpha + 0x00800080u;
+    blue_red = ((blue_red + ((blue_red >> 8) & 0x00ff00ffu)) >> 8) & 0x00ff00ffu;
+    std::uint32_t green = ((pixel >> 8) & 0xffu) * alpha + 0x80u;
+    green = ((green + (green >> 8)) >> 8) & 0xffu;
+    pixel = (alpha << 24) | (green << 8) | blue_red;
+    std::memcpy(bytes, &pixel, 4);
+}
+
+// Opaque pixels, the usual case, are passed over four at a time.
 void premultiply_row(std::uint8_t* row, std::uint32_t width)
 {
-    for (std::uint32_t index = 0; index < width; ++index) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, row + index * 4, 4);
-        const std::uint32_t alpha = pixel >> 24;
-        if (alpha == 255)
-            continue;
-        std::uint32_t blue_red = (pixel & 0x00ff00ffu) * alpha + 0x00800080u;
-        blue_red = ((blue_red + ((blue_red >> 8) & 0x00ff00ffu)) >> 8) & 0x00ff00ffu;
-        std::uint32_t green = ((pixel >> 8) & 0xffu) * alpha + 0x80u;
-        green = ((green + (green >> 8)) >> 8) & 0xffu;
-        pixel = (alpha << 24) | (green << 8) | blue_red;
-        std::memcpy(row + index * 4, &pixel, 4);
+    constexpr std::uint64_t OPAQUE_PAIR = 0xff000000ff000000ull;
+    std::uint32_t index = 0;
+    while (index < width) {
+        if (width - index >= 4) {
+            std::uint64_t first, second;
+            std::memcpy(&first, row + index * 4, 8);
+            std::memcpy(&second, row + index * 4 + 8, 8);
+            if ((first & second & OPAQUE_PAIR) == OPAQUE_PAIR) {
+                index += 4;
+                continue;
+            }
+        }
+        premultiply_pixel(row + index * 4);
+        ++index;
     }
 }
 

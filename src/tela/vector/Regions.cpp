@@ -181,31 +181,37 @@ RegionPtr tela_buildRegionFromImage(const Qv::Ptr<iHostImage>& image)
         return nullptr;
     const int step = std::max(1, buffer_size.x / image_size.x);
     const bool has_alpha = image->bitsPerPixel() == 32;
-    const int pixel_bytes = has_alpha ? 4 : 3;
     const std::uint8_t* pixels = guard->pixels();
     const int stride = guard->stride();
     const int buffer_height = std::min(buffer_size.y, image_size.y * step);
 
-    auto inside = [&](const std::uint8_t* pixel) {
-        if (has_alpha)
-            return pixel[3] > 0;
-        return !(pixel[0] == 255 && pixel[1] == 255 && pixel[2] == 255);
-    };
-
-    Tela::RegionBuilder builder(static_cast<std::size_t>(image_size.x) * static_cast<std::size_t>(image_size.y));
-    for (int y = 0; y < buffer_height; y += step) {
-        const std::uint8_t* row = pixels + static_cast<std::ptrdiff_t>(y) * stride;
-        int x = 0;
-        while (x < buffer_size.x) {
-            while (x < buffer_size.x && !inside(row + x * pixel_bytes))
-                ++x;
-            const int start = x;
-            while (x < buffer_size.x && inside(row + x * pixel_bytes))
-                ++x;
-            const int run = x - start;
-            if (run > 0)
-                builder.appendRect(start / step, y / step, start / step + run / step, y / step + 1);
+    // A span a row is the usual shape; the builder grows for more.
+    Tela::RegionBuilder builder(static_cast<std::size_t>(image_size.y));
+    // The two pixel forms get a loop each, so that the test is not made
+    // again for every pixel.
+    auto add_spans = [&](auto inside) {
+        for (int y = 0; y < buffer_height; y += step) {
+            const std::uint8_t* row = pixels + static_cast<std::ptrdiff_t>(y) * stride;
+            int x = 0;
+            while (x < buffer_size.x) {
+                while (x < buffer_size.x && !inside(row, x))
+                    ++x;
+                const int start = x;
+                while (x < buffer_size.x && inside(row, x))
+                    ++x;
+                const int run = x - start;
+                if (run > 0)
+                    builder.appendRect(start / step, y / step, start / step + run / step, y / step + 1);
+            }
         }
+    };
+    if (has_alpha) {
+        add_spans([](const std::uint8_t* row, int x) { return row[x * 4 + 3] > 0; });
+    } else {
+        add_spans([](const std::uint8_t* row, int x) {
+            const std::uint8_t* pixel = row + x * 3;
+            return !(pixel[0] == 255 && pixel[1] == 255 && pixel[2] == 255);
+        });
     }
     return builder.create();
 }
