@@ -5,6 +5,7 @@
 #include <atomic>
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <new>
 
 namespace {
@@ -34,82 +35,73 @@ int clamp_offset(long long offset)
     return static_cast<int>(std::clamp<long long>(offset, INT_MIN / 2, INT_MAX / 2));
 }
 
-// True when rects[begin, middle) and rects[middle, end) are two bands pixman
-// would fold into one: touching vertically, with the same columns.
-bool bands_coalesce(const TopDownRect* rects, std::size_t begin, std::size_t middle, std::size_t end)
+// True when the `size` boxes from `upper` and from `lower` are two bands
+// pixman would fold into one: touching vertically, with the same columns.
+bool bands_coalesce(const pixman_box32_t* upper, const pixman_box32_t* lower, std::size_t size)
 {
-    if (middle - begin != end - middle || rects[begin].bottom != rects[middle].top)
+    if (upper[0].y2 != lower[0].y1)
         return false;
-    for (std::size_t index = 0; index < middle - begin; ++index) {
-        if (rects[begin + index].left != rects[middle + index].left ||
-            rects[begin + index].right != rects[middle + index].right)
+    for (std::size_t index = 0; index < size; ++index) {
+        if (upper[index].x1 != lower[index].x1 || upper[index].x2 != lower[index].x2)
             return false;
     }
     return true;
 }
 
-// True when the rectangles already stand in pixman's own form: none empty,
-// bands top to bottom, each band's boxes of one height, apart and left to
-// right, and no band a repeat of the one just above it.
-bool in_region_form(const TopDownRect* rects, std::size_t count)
-{
-    std::size_t band = 0;         // first rectangle of the band being read
-    std::size_t previousBand = 0; // first of the band above it; equal to band while there is none
-    for (std::size_t index = 0; index < count; ++index) {
-        const TopDownRect& rect = rects[index];
-        if (rect.isEmpty())
-            return false;
-        if (index == 0)
-            continue;
-        const TopDownRect& last = rects[index - 1];
-        if (rect.top == last.top) {
-            if (rect.bottom != last.bottom || rect.left <= last.right)
-                return false;
-        } else if (rect.top >= last.bottom) {
-            if (band != previousBand && bands_coalesce(rects, previousBand, band, index))
-                return false;
-            previousBand = band;
-            band = index;
-        } else {
-            return false;
-        }
-    }
-    return band == previousBand || !bands_coalesce(rects, previousBand, band, count);
-}
-
 // Rectangles already in the region's form go in as they are: init_rects
 // would sort, scatter and coalesce them only to get the same boxes back,
-// which costs more than the shape took to make. The boxes are laid out the
-// way pixman keeps them and copied in by pixman_region32_copy, which takes a
-// valid region as it stands. False, with the region untouched, for
-// rectangles in any other form, or too few to need this.
+// which costs more than the shape took to make. The form: none empty, bands
+// top to bottom, each band's boxes of one height, apart and left to right,
+// and no band a repeat of the one just above it. The boxes are checked while
+// they are laid out the way pixman keeps them, and the block is handed to
+// the region, which frees its data with free(): hence malloc here. False,
+// with the region untouched, for rectangles in any other form, or too few
+// to need this.
 bool init_if_in_region_form(pixman_region32_t& region, const TopDownRect* rects, std::size_t count)
 {
     static_assert(alignof(pixman_box32_t) <= alignof(pixman_region32_data_t));
     static_assert(sizeof(pixman_region32_data_t) % alignof(pixman_box32_t) == 0);
     // One box is a region without data, which init_rects makes directly.
-    if (count < 2 || count > std::size_t(INT_MAX) || !in_region_form(rects, count))
+    if (count < 2 || count > std::size_t(INT_MAX))
         return false;
-    void* const block = Qv::allocate(sizeof(pixman_region32_data_t) + count * sizeof(pixman_box32_t));
+    void* const block = std::malloc(sizeof(pixman_region32_data_t) + count * sizeof(pixman_box32_t));
     if (!block)
         return false; // the ordinary road reports the shortage
     auto* const data = new (block) pixman_region32_data_t{long(count), long(count)};
     auto* const boxes = reinterpret_cast<pixman_box32_t*>(data + 1);
-    pixman_region32_t source;
-    source.extents = pixman_box32_t{rects[0].left, rects[0].top, rects[0].right, rects[count - 1].bottom};
-    source.data = data;
-    for (std::size_t index = 0; index < count; ++index) {
+    pixman_box32_t extents{rects[0].left, rects[0].top, rects[0].right, rects[count - 1].bottom};
+    std::size_t band = 0;         // first box of the band being read
+    std::size_t previousBand = 0; // first of the band above it; equal to band while there is none
+    bool banded = true;
+    for (std::size_t index = 0; index < count && banded; ++index) {
         const TopDownRect& rect = rects[index];
         new (&boxes[index]) pixman_box32_t{rect.left, rect.top, rect.right, rect.bottom};
-        source.extents.x1 = std::min(source.extents.x1, rect.left);
-        source.extents.x2 = std::max(source.extents.x2, rect.right);
+        extents.x1 = std::min(extents.x1, rect.left);
+        extents.x2 = std::max(extents.x2, rect.right);
+        if (rect.isEmpty()) {
+            banded = false;
+        } else if (index > 0) {
+            const TopDownRect& last = rects[index - 1];
+            if (rect.top == last.top) {
+                banded = rect.bottom == last.bottom && rect.left > last.right;
+            } else if (rect.top >= last.bottom) {
+                banded = band == previousBand || index - band != band - previousBand ||
+                         !bands_coalesce(&boxes[previousBand], &boxes[band], index - band);
+                previousBand = band;
+                band = index;
+            } else {
+                banded = false;
+            }
+        }
     }
-    const bool copied = pixman_region32_copy(&region, &source);
-    Qv::release(block); // source only lent it: the region holds its own copy
-    if (!copied) {
-        report_allocation_failure_once();
-        pixman_region32_init(&region);
+    if (banded && band != previousBand && count - band == band - previousBand)
+        banded = !bands_coalesce(&boxes[previousBand], &boxes[band], count - band);
+    if (!banded) {
+        std::free(block);
+        return false;
     }
+    region.extents = extents;
+    region.data = data;
     return true;
 }
 

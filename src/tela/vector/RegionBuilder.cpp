@@ -77,12 +77,9 @@ void RegionBuilder::reserve(std::size_t capacity)
     m_capacity = capacity;
 }
 
-void RegionBuilder::push(const Qv::Rectangle<int>& rect)
+void RegionBuilder::grow()
 {
-    if (m_size == m_capacity)
-        reserve(std::max(m_capacity + m_capacity / 2, m_size + 1));
-    if (m_size < m_capacity)
-        m_rects[m_size++] = rect;
+    reserve(std::max(m_capacity + m_capacity / 2, m_size + 1));
 }
 
 void RegionBuilder::appendRect(const Qv::Rectangle<int>& rect)

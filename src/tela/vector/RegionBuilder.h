@@ -38,7 +38,15 @@ public:
 
 private:
     void reserve(std::size_t capacity);
-    void push(const Qv::Rectangle<int>& rect);
+    // Inline, for the scan converter emits a rectangle for every span.
+    void push(const Qv::Rectangle<int>& rect)
+    {
+        if (m_size == m_capacity)
+            grow();
+        if (m_size < m_capacity)
+            m_rects[m_size++] = rect;
+    }
+    void grow();
 
     Qv::Rectangle<int>* m_rects = nullptr; // from the memory seam
     std::size_t m_size = 0;

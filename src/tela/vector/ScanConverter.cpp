@@ -296,7 +296,10 @@ bool scan_path_edges(const PathEntries& path)
     return all_points;
 }
 
-void scan_path(int stroke, int evenOdd, int flags)
+// The path into the table, widened when asked. The reduction to even-odd
+// form, when wanted, is left to the emission, which folds it into its pass:
+// true when it is wanted.
+bool scan_path(int stroke, int evenOdd, int flags)
 {
     StrokeState& s = stroke_state();
     s.stroke = stroke != 0;
@@ -313,7 +316,7 @@ void scan_path(int stroke, int evenOdd, int flags)
         if (std::any_of(path.x, path.x + path.count, [](double v) { return std::isnan(v); }) ||
             std::any_of(path.y, path.y + path.count, [](double v) { return std::isnan(v); }))
             tela_splat("path_to_region: points that are not numbers were left out, with their edges\n");
-        return;
+        return false;
     }
     const int margin = s.stroke ? STROKE_MARGIN : FILL_MARGIN;
     const int xmin = int(std::floor(box.minX)) - margin;
@@ -328,8 +331,7 @@ void scan_path(int stroke, int evenOdd, int flags)
     if (!scan_path_edges(path))
         tela_splat("path_to_region: points that are not numbers were left out, with their edges\n");
     scan_widen_all(flags);
-    if (stroke || evenOdd)
-        scan_all_wind_to_eofill();
+    return stroke || evenOdd;
 }
 
 } // namespace
@@ -339,9 +341,9 @@ Qv::Ptr<iRegion> path_to_region(Canvas* canvas, int stroke, int evenOdd, int fla
     const PathEntries path = path_entries();
     if (!stroke && is_axis_aligned_rectangle(path))
         return rectangle_region(canvas, path); // the commonest shape skips the table
-    scan_path(stroke, evenOdd, flags);
+    const bool evenOddForm = scan_path(stroke, evenOdd, flags);
     tela_newpath();
-    return scan_to_region(canvas);
+    return evenOddForm ? scan_to_eofill_region(canvas) : scan_to_region(canvas);
 }
 
 void tela_copy(Canvas* src, Canvas* dst, int dx, int dy)

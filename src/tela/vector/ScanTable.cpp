@@ -215,36 +215,23 @@ void scan_add_span(double xHigh, double yHigh, double xLow, double yLow, std::ui
         return;
     }
     // scan_add_trans row by row, with the heap's bump pointer held here
-    // rather than in memory: the rows inside the table first, then, for an
-    // edge running past the end, the report that stops it there.
+    // rather than in memory: the rows inside the table first, as many as the
+    // block has records for in one run, then the rest one by one; then, for
+    // an edge running past the end, the report that stops it there.
     const int last = std::min(top, t.lines - 1);
     ScanHeap& h = heap();
-    ScanTrans* bump = h.bump;
-    int recordsLeft = h.recordsLeft;
-    for (;; ++line, x += slope) {
-        ScanTrans* record = bump;
-        if (recordsLeft > 0) {
-            ++bump;
-            --recordsLeft;
-        } else {
-            h.bump = bump;
-            h.recordsLeft = recordsLeft;
-            record = scan_alloc_trans();
-            if (!record) {
-                report_once(HEAP_SPENT, "not enough scan-conversion heap");
-                return;
-            }
-            bump = h.bump;
-            recordsLeft = h.recordsLeft;
-        }
-        insert_trans(&t.heads[line], record, x, direction, slope);
-        if (line == last)
-            break;
+    const int inBlock = std::min(last - line + 1, h.recordsLeft);
+    ScanTrans* record = h.bump;
+    for (const int end = line + inBlock; line < end; ++line, x += slope)
+        insert_trans(&t.heads[line], record++, x, direction, slope);
+    h.bump = record;
+    h.recordsLeft -= inBlock;
+    for (; line <= last; ++line, x += slope) {
+        if (!scan_add_trans(x, line, direction, slope))
+            return;
     }
-    h.bump = bump;
-    h.recordsLeft = recordsLeft;
     if (top > last)
-        scan_add_trans(x + slope, last + 1, direction, slope); // reports the row past the end
+        scan_add_trans(x, last + 1, direction, slope); // reports the row past the end
 }
 
 bool scan_add_trans(double x, int line, std::uint32_t direction, double slope)
@@ -353,11 +340,19 @@ bool next_span(const ScanTrans*& record, int& left, int& right)
 
 } // namespace
 
-Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
+namespace {
+
+// scan_to_region, optionally reducing each row to even-odd form just before
+// it is read: the same table and the same region as reducing every row
+// first, in one pass over the records instead of two.
+Qv::Ptr<iRegion> emit_region(Canvas* canvas, bool windToEvenOdd)
 {
     const ScanTableState& t = table();
-    if (!canvas)
+    if (!canvas) {
+        if (windToEvenOdd)
+            scan_all_wind_to_eofill();
         return nullptr;
+    }
     int lowest = 0;
     while (lowest < t.lines && !t.heads[lowest].next)
         ++lowest;
@@ -376,6 +371,8 @@ Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
     std::size_t band = 0;      // first rectangle of the band above
     std::size_t bandSize = 0;  // and how many it has
     for (int line = highest; line >= lowest; --line) {
+        if (windToEvenOdd)
+            scan_line_wind_to_eofill(line); // never empties a row: its first record stays
         const int window_y = root_height - t.originY - line;
         const ScanTrans* first = t.heads[line].next;
         int left = 0, right = 0;
@@ -397,6 +394,18 @@ Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
         bandSize = builder.size() - band;
     }
     return builder.create();
+}
+
+} // namespace
+
+Qv::Ptr<iRegion> scan_to_region(Canvas* canvas)
+{
+    return emit_region(canvas, false);
+}
+
+Qv::Ptr<iRegion> scan_to_eofill_region(Canvas* canvas)
+{
+    return emit_region(canvas, true);
 }
 
 int scan_lines()

@@ -62,6 +62,8 @@ void scan_widen_all(int flags); // only with flags bit 2 (value 4)
 // The rows as a region in the window of the canvas's root, rows of the table
 // counting upward from the origin. Null for an empty table or a null canvas.
 Qv::Ptr<iRegion> scan_to_region(Canvas* canvas);
+// scan_all_wind_to_eofill, then scan_to_region, in one pass.
+Qv::Ptr<iRegion> scan_to_eofill_region(Canvas* canvas);
 
 // For tests and diagnostics.
 int scan_lines();
