@@ -4,9 +4,9 @@
 // - Cairo fills the same path into a one-bit mask, and pixman reads the mask
 //   back as a region: what a program without a scan converter of its own does.
 // - X11's XPolygonRegion builds a region straight from a polygon, here Cairo's
-//   own flattening of the path, made once beforehand: the polygon is given,
-//   so this measures the region building alone, while the library's figure
-//   includes building the path and flattening it.
+//   own flattening of the path: made once beforehand, which times the region
+//   building alone, and made afresh each round, which times the same road
+//   as the library's figure, building the path and flattening it included.
 // Every road flattens to the same tolerance, the argument in tenths of a pixel
 // (the library's flatness; Cairo's tolerance). 10 is the library's default.
 
@@ -161,31 +161,45 @@ void BM_CairoMaskToRegion(benchmark::State& state)
     cairo_surface_destroy(surface);
 }
 
-// X11's polygon region of Cairo's flattening, which is made once.
-void BM_XPolygonRegion(benchmark::State& state)
+// Cairo's flattening of the path as X11 points, the polygon closing itself.
+std::vector<XPoint> flat_polygon(cairo_t* cr, const Shape& shape)
 {
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_A1, SIZE, SIZE);
-    cairo_t* cr = cairo_create(surface);
-    cairo_set_tolerance(cr, tolerance_of(state));
-    trace(cr, shape_of(int(state.range(0))));
+    trace(cr, shape);
     cairo_path_t* flat = cairo_copy_path_flat(cr);
     std::vector<XPoint> points;
     for (int i = 0; i < flat->num_data; i += flat->data[i].header.length) {
         const cairo_path_data_t& header = flat->data[i];
         if (header.header.type != CAIRO_PATH_MOVE_TO && header.header.type != CAIRO_PATH_LINE_TO)
-            continue; // the close: the polygon closes itself
+            continue;
         const cairo_path_data_t& point = flat->data[i + 1];
         points.push_back({short(std::lround(point.point.x)), short(std::lround(point.point.y))});
     }
     cairo_path_destroy(flat);
-    cairo_destroy(cr);
-    cairo_surface_destroy(surface);
+    return points;
+}
+
+// X11's polygon region of Cairo's flattening. With `flattenEachTime` 0 the
+// polygon is made once, beforehand, and only the region building is timed;
+// with 1 every round traces and flattens the path too, the whole road from
+// a path to a region that the library's figure covers.
+void BM_XPolygonRegion(benchmark::State& state)
+{
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_A1, SIZE, SIZE);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_tolerance(cr, tolerance_of(state));
+    const Shape& shape = shape_of(int(state.range(0)));
+    std::vector<XPoint> points = flat_polygon(cr, shape);
+    const bool flattenEachTime = state.range(2) != 0;
     for (auto _ : state) {
+        if (flattenEachTime)
+            points = flat_polygon(cr, shape);
         Region region = XPolygonRegion(points.data(), int(points.size()), WindingRule);
         benchmark::DoNotOptimize(region);
         XDestroyRegion(region);
     }
     state.counters["points"] = double(points.size());
+    cairo_destroy(cr);
+    cairo_surface_destroy(surface);
 }
 
 void shapes(benchmark::internal::Benchmark* b)
@@ -200,4 +214,10 @@ void shapes(benchmark::internal::Benchmark* b)
 
 BENCHMARK(BM_Tela)->Apply(shapes);
 BENCHMARK(BM_CairoMaskToRegion)->Apply(shapes);
-BENCHMARK(BM_XPolygonRegion)->Apply(shapes);
+BENCHMARK(BM_XPolygonRegion)->Apply([](benchmark::internal::Benchmark* b) {
+    b->ArgNames({"shape", "tolerance10", "flattenEachTime"});
+    for (int flatten : {0, 1})
+        for (int shape : {0, 1})
+            for (int tolerance : {10, 1})
+                b->Args({shape, tolerance, flatten});
+});

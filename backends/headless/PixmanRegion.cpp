@@ -52,9 +52,9 @@ bool bands_coalesce(const pixman_box32_t* upper, const pixman_box32_t* lower, st
 // would sort, scatter and coalesce them only to get the same boxes back,
 // which costs more than the shape took to make. The form: none empty, bands
 // top to bottom, each band's boxes of one height, apart and left to right,
-// and no band a repeat of the one just above it. The boxes are checked while
-// they are laid out the way pixman keeps them, and the block is handed to
-// the region, which frees its data with free(): hence malloc here. False,
+// and no band a repeat of the one just above it. The boxes are laid out the
+// way pixman keeps them and checked there, and the block is handed to the
+// region, which frees its data with free(): hence malloc here. False,
 // with the region untouched, for rectangles in any other form, or too few
 // to need this.
 bool init_if_in_region_form(pixman_region32_t& region, const TopDownRect* rects, std::size_t count)
@@ -69,29 +69,32 @@ bool init_if_in_region_form(pixman_region32_t& region, const TopDownRect* rects,
         return false; // the ordinary road reports the shortage
     auto* const data = new (block) pixman_region32_data_t{long(count), long(count)};
     auto* const boxes = reinterpret_cast<pixman_box32_t*>(data + 1);
-    pixman_box32_t extents{rects[0].left, rects[0].top, rects[0].right, rects[count - 1].bottom};
+    // Three plain passes rather than one: the copy and the extents run
+    // without a branch, and only the form's checks have any.
+    for (std::size_t index = 0; index < count; ++index)
+        new (&boxes[index]) pixman_box32_t{rects[index].left, rects[index].top, rects[index].right, rects[index].bottom};
+    int left = boxes[0].x1;
+    int right = boxes[0].x2;
+    for (std::size_t index = 1; index < count; ++index) {
+        left = boxes[index].x1 < left ? boxes[index].x1 : left;
+        right = boxes[index].x2 > right ? boxes[index].x2 : right;
+    }
     std::size_t band = 0;         // first box of the band being read
     std::size_t previousBand = 0; // first of the band above it; equal to band while there is none
-    bool banded = true;
-    for (std::size_t index = 0; index < count && banded; ++index) {
-        const TopDownRect& rect = rects[index];
-        new (&boxes[index]) pixman_box32_t{rect.left, rect.top, rect.right, rect.bottom};
-        extents.x1 = std::min(extents.x1, rect.left);
-        extents.x2 = std::max(extents.x2, rect.right);
-        if (rect.isEmpty()) {
+    bool banded = boxes[0].x1 < boxes[0].x2 && boxes[0].y1 < boxes[0].y2;
+    for (std::size_t index = 1; index < count && banded; ++index) {
+        const pixman_box32_t& box = boxes[index];
+        const pixman_box32_t& last = boxes[index - 1];
+        if (box.y1 == last.y1) {
+            banded = box.y2 == last.y2 && box.x1 > last.x2 && box.x1 < box.x2;
+        } else if (box.y1 >= last.y2) {
+            banded = box.x1 < box.x2 && box.y1 < box.y2 &&
+                     (band == previousBand || index - band != band - previousBand ||
+                      !bands_coalesce(&boxes[previousBand], &boxes[band], index - band));
+            previousBand = band;
+            band = index;
+        } else {
             banded = false;
-        } else if (index > 0) {
-            const TopDownRect& last = rects[index - 1];
-            if (rect.top == last.top) {
-                banded = rect.bottom == last.bottom && rect.left > last.right;
-            } else if (rect.top >= last.bottom) {
-                banded = band == previousBand || index - band != band - previousBand ||
-                         !bands_coalesce(&boxes[previousBand], &boxes[band], index - band);
-                previousBand = band;
-                band = index;
-            } else {
-                banded = false;
-            }
         }
     }
     if (banded && band != previousBand && count - band == band - previousBand)
@@ -100,7 +103,7 @@ bool init_if_in_region_form(pixman_region32_t& region, const TopDownRect* rects,
         std::free(block);
         return false;
     }
-    region.extents = extents;
+    region.extents = pixman_box32_t{left, boxes[0].y1, right, boxes[count - 1].y2};
     region.data = data;
     return true;
 }

@@ -29,6 +29,8 @@ public:
     // bottom of the last `count` rectangles, a band grown by a row.
     void appendBandRect(const Qv::Rectangle<int>& rect) { push(rect); }
     void extendBand(std::size_t count, int bottom);
+    // Takes back the last `count` rectangles.
+    void dropLast(std::size_t count) { m_size -= count < m_size ? count : m_size; }
 
     // A region of what has been collected; the builder stays usable.
     Qv::Ptr<iRegion> create() const;

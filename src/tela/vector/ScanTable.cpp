@@ -101,7 +101,7 @@ int ceil_to_int(double value)
     return truncated + (double(truncated) < value ? 1 : 0);
 }
 
-// Links a record for x into the sorted list after head, after any of equal x.
+// Links a record for x into the sorted list after head, in front of any of equal x.
 void insert_trans(ScanTrans* head, ScanTrans* record, double x, std::uint32_t direction, double slope)
 {
     ScanTrans* before = head;
@@ -114,6 +114,28 @@ void insert_trans(ScanTrans* head, ScanTrans* record, double x, std::uint32_t di
 double clamp_coordinate(double value)
 {
     return std::clamp(value, -EDGE_LIMIT, EDGE_LIMIT);
+}
+
+// Reduces the row after head from non-zero winding to even-odd form, handing
+// each record that stays to `kept`: a record with the inside on both of its
+// sides changes nothing visible, and is unlinked.
+template <typename Kept>
+void wind_to_eofill(ScanTrans* head, Kept&& kept)
+{
+    int winding = 0;
+    ScanTrans* before = head;
+    while (ScanTrans* record = before->next) {
+        const int new_winding = winding - 1 + ((record->direction & 1) ? 2 : 0);
+        if (new_winding != 0 && winding != 0) {
+            if (!record->next)
+                report_once(BAD_LIST, "scan_line_wind_to_eofill: bad scan list during simplify");
+            before->next = record->next;
+        } else {
+            kept(record);
+            before = record;
+        }
+        winding = new_winding;
+    }
 }
 
 } // namespace
@@ -259,20 +281,7 @@ void scan_line_wind_to_eofill(int line)
     ScanTableState& t = table();
     if (line < 0 || line >= t.lines)
         return;
-    int winding = 0;
-    ScanTrans* before = &t.heads[line];
-    while (ScanTrans* record = before->next) {
-        const int new_winding = winding - 1 + ((record->direction & 1) ? 2 : 0);
-        if (new_winding != 0 && winding != 0) {
-            // Inside before and after: this crossing changes nothing visible.
-            if (!record->next)
-                report_once(BAD_LIST, "scan_line_wind_to_eofill: bad scan list during simplify");
-            before->next = record->next;
-        } else {
-            before = record;
-        }
-        winding = new_winding;
-    }
+    wind_to_eofill(&t.heads[line], [](const ScanTrans*) {});
 }
 
 void scan_all_wind_to_eofill()
@@ -309,38 +318,70 @@ void scan_widen_all(int flags)
 
 namespace {
 
-// The next span of a row from `record` on, as [left, right): the records
+// The spans of a row as its records go by, as [left, right): the records
 // taken in pairs, the first opening and the next closing, empty pairs left
 // out and pairs that touch or overlap the span joined to it. An odd last
-// record opens a span that nothing closes, and adds nothing. False at the
-// end of the row.
-bool next_span(const ScanTrans*& record, int& left, int& right)
-{
-    for (;;) {
-        if (!record || !record->next)
-            return false;
-        left = record->x;
-        right = record->next->x;
-        record = record->next->next;
-        if (right > left)
-            break;
+// record opens a span that nothing closes, and adds nothing.
+class SpanReader {
+public:
+    SpanReader(Tela::RegionBuilder& builder, int originX, int windowY)
+        : m_builder(builder), m_originX(originX), m_windowY(windowY)
+    {
     }
-    while (record && record->next) {
-        const int x0 = record->x;
-        const int x1 = record->next->x;
-        if (x1 > x0) {
-            if (x0 < left || x0 > right)
-                break;
-            right = std::max(right, x1);
+
+    void add(int x)
+    {
+        if (!m_pairOpen) {
+            m_pairOpen = true;
+            m_opening = x;
+            return;
         }
-        record = record->next->next;
+        m_pairOpen = false;
+        if (x <= m_opening)
+            return;
+        if (m_spanOpen && m_opening >= m_left && m_opening <= m_right) {
+            m_right = std::max(m_right, x);
+            return;
+        }
+        flush();
+        m_spanOpen = true;
+        m_left = m_opening;
+        m_right = x;
     }
-    return true;
+
+    void flush()
+    {
+        if (m_spanOpen)
+            m_builder.appendBandRect({m_left + m_originX, m_windowY - 1, m_right + m_originX, m_windowY});
+        m_spanOpen = false;
+    }
+
+private:
+    Tela::RegionBuilder& m_builder;
+    const int m_originX;
+    const int m_windowY;
+    bool m_pairOpen = false;
+    int m_opening = 0;
+    bool m_spanOpen = false;
+    int m_left = 0;
+    int m_right = 0;
+};
+
+// The rectangles of a row into the builder; with `windToEvenOdd`, the row is
+// reduced to even-odd form as it is read, as scan_line_wind_to_eofill would.
+// One walk of the list: the records are scattered over the heap, and
+// following their links is what a row costs.
+void read_row(ScanTrans* head, bool windToEvenOdd, SpanReader& spans)
+{
+    if (!windToEvenOdd) {
+        for (const ScanTrans* record = head->next; record; record = record->next)
+            spans.add(record->x);
+        spans.flush();
+        return;
+    }
+    wind_to_eofill(head, [&spans](const ScanTrans* record) { spans.add(record->x); });
+    spans.flush();
 }
-
-} // namespace
-
-namespace {
 
 // scan_to_region, optionally reducing each row to even-odd form just before
 // it is read: the same table and the same region as reducing every row
@@ -367,31 +408,29 @@ Qv::Ptr<iRegion> emit_region(Canvas* canvas, bool windToEvenOdd)
     // From the highest row down, so rectangles arrive top first in the window.
     // A run of rows with the same spans becomes one band of rectangles as
     // tall as the run: the rectangles arrive in the banded form regions
-    // keep, and the platform can take them as they are.
+    // keep, and the platform can take them as they are. Each row goes in,
+    // and is taken back out when it repeats the band above.
     std::size_t band = 0;      // first rectangle of the band above
     std::size_t bandSize = 0;  // and how many it has
     for (int line = highest; line >= lowest; --line) {
-        if (windToEvenOdd)
-            scan_line_wind_to_eofill(line); // never empties a row: its first record stays
         const int window_y = root_height - t.originY - line;
-        const ScanTrans* first = t.heads[line].next;
-        int left = 0, right = 0;
-        if (line < highest) {
-            // The row's spans against the band's columns: the same ones grow the band.
-            const ScanTrans* record = first;
+        const std::size_t row = builder.size();
+        SpanReader spans(builder, t.originX, window_y);
+        read_row(&t.heads[line], windToEvenOdd, spans);
+        const std::size_t rowSize = builder.size() - row;
+        if (line < highest && rowSize == bandSize) {
             std::size_t index = 0;
-            while (index < bandSize && next_span(record, left, right) && left + t.originX == builder[band + index].left &&
-                   right + t.originX == builder[band + index].right)
+            while (index < bandSize && builder[row + index].left == builder[band + index].left &&
+                   builder[row + index].right == builder[band + index].right)
                 ++index;
-            if (index == bandSize && !next_span(record, left, right)) {
+            if (index == bandSize) {
+                builder.dropLast(rowSize);
                 builder.extendBand(bandSize, window_y);
                 continue;
             }
         }
-        band = builder.size();
-        for (const ScanTrans* record = first; next_span(record, left, right);)
-            builder.appendBandRect({left + t.originX, window_y - 1, right + t.originX, window_y});
-        bandSize = builder.size() - band;
+        band = row;
+        bandSize = rowSize;
     }
     return builder.create();
 }
