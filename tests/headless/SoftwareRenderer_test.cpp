@@ -75,6 +75,14 @@ std::uint32_t random_premultiplied(std::mt19937& random)
     return pack(alpha, random() % (alpha + 1), random() % (alpha + 1), random() % (alpha + 1));
 }
 
+Pixels random_pixels(std::mt19937& random, std::size_t count)
+{
+    Pixels pixels(count);
+    for (std::uint32_t& pixel : pixels)
+        pixel = random_premultiplied(random);
+    return pixels;
+}
+
 // Within one unit per channel: pixman's filtered paths round their own way.
 bool near(std::uint32_t actual, std::uint32_t expected)
 {
@@ -168,9 +176,7 @@ TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
     for (std::uint32_t seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels model(WIDTH * HEIGHT);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        Pixels model = random_pixels(random, WIDTH * HEIGHT);
         const Qv::Ptr<Headless::HostImage> image = image_of(WIDTH, HEIGHT, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
 
@@ -236,12 +242,8 @@ TEST(SoftwareRendererBlit, WholePixelBlitsMatchAModel)
     for (std::uint32_t seed = 0; seed < 40; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels source_pixels(16 * 12);
-        for (std::uint32_t& pixel : source_pixels)
-            pixel = random_premultiplied(random);
-        Pixels model(WIDTH * HEIGHT);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        const Pixels source_pixels = random_pixels(random, 16 * 12);
+        Pixels model = random_pixels(random, WIDTH * HEIGHT);
         const Qv::Ptr<Headless::HostImage> source = image_of(16, 12, source_pixels);
         const Qv::Ptr<Headless::HostImage> target = image_of(WIDTH, HEIGHT, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
@@ -285,12 +287,8 @@ TEST(SoftwareRendererBlit, LargeCopiesThroughAClipMatchAModel)
     for (std::uint32_t seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels source_pixels(source_width * source_height);
-        for (std::uint32_t& pixel : source_pixels)
-            pixel = random_premultiplied(random);
-        Pixels model(target_width * target_height);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        const Pixels source_pixels = random_pixels(random, source_width * source_height);
+        Pixels model = random_pixels(random, target_width * target_height);
         const Qv::Ptr<Headless::HostImage> source = image_of(source_width, source_height, source_pixels);
         const Qv::Ptr<Headless::HostImage> target = image_of(target_width, target_height, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
