@@ -87,14 +87,29 @@ RootCanvas* root_on(iImageBase::eLocation road, XY<int> size, const Qv::Ptr<Pain
 
 } // namespace
 
-class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {};
+// A root window on the road under test, deleted with the test.
+class DisplayRoads : public ::testing::TestWithParam<iImageBase::eLocation> {
+protected:
+    void open(XY<int> size, Qv::Ptr<iWallpaperProvider> wallpaper = {})
+    {
+        root = root_on(GetParam(), size, sink, std::move(wallpaper));
+        ASSERT_NE(root, nullptr);
+        window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    }
+    void TearDown() override
+    {
+        if (root)
+            tela_deletecanvas(root);
+    }
+
+    const Qv::Ptr<PaintForwarder> sink = Qv::make<PaintForwarder>();
+    RootCanvas* root = nullptr;
+    Qv::Ptr<Headless::RootWindow> window;
+};
 
 TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
 {
-    const auto sink = Qv::make<PaintForwarder>();
-    RootCanvas* root = root_on(GetParam(), {WIDTH, HEIGHT}, sink, Qv::make<CheckerWallpaper>());
-    ASSERT_NE(root, nullptr);
-    auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
+    open({WIDTH, HEIGHT}, Qv::make<CheckerWallpaper>());
     ASSERT_EQ(window->displayLocation(), GetParam());
     Canvas* glass = nullptr;
     Canvas* moving = nullptr;
@@ -137,8 +152,6 @@ TEST_P(DisplayRoads, ADozenCanvasesPaintMovedAndRestackedAsTheReferenceShows)
     const auto part = Qv::dynamicCast<Headless::HostImage>(tela_getScreenRect(Qv::Box<int>{150, 10, 230, 40}));
     ASSERT_TRUE(part);
     EXPECT_EQ(part->pixelAt(0, 20), window->pixels()->pixelAt(150, 140));
-
-    tela_deletecanvas(root);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::eHostMemory, iImageBase::eGPU),
@@ -146,11 +159,8 @@ INSTANTIATE_TEST_SUITE_P(BothRoads, DisplayRoads, ::testing::Values(iImageBase::
 
 TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
 {
-    const auto sink = Qv::make<PaintForwarder>();
-    RootCanvas* root = root_on(GetParam(), {40, 30}, sink);
-    ASSERT_NE(root, nullptr);
+    open({40, 30});
     Headless::services().windowing()->mainLoop().runPending();
-    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     const std::uint32_t shown = window->pixels()->pixelAt(5, 5);
     EXPECT_EQ(shown >> 24, 0xFFu) << std::hex << shown; // opaque, not the empty frame
     // What a later whole-window paint, such as an expose, would show.
@@ -158,20 +168,16 @@ TEST_P(DisplayRoads, ANewWindowShowsItsColourWhereNoCanvasCoversIt)
     Headless::services().windowing()->mainLoop().runPending();
     EXPECT_EQ(window->pixels()->pixelAt(5, 5), shown);
     EXPECT_EQ(window->pixels()->pixelAt(39, 29), shown);
-    tela_deletecanvas(root);
 }
 
 TEST_P(DisplayRoads, ACanvasThatOnlyItsOwnChildCoversStillShowsTheChild)
 {
-    const auto sink = Qv::make<PaintForwarder>();
-    RootCanvas* root = root_on(GetParam(), {60, 40}, sink);
-    ASSERT_NE(root, nullptr);
+    open({60, 40});
     // A page filling its frame exactly, as a tab of a dialogue does.
     Canvas* frame = painted(root, 10, 10, 40, 20, 0xFFC03030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
     painted(frame, 10, 10, 40, 20, 0xFF30C030, makeCurvedRegion({40, 20}, 5, eLargeCorners));
     Headless::services().windowing()->mainLoop().runPending();
-    EXPECT_EQ(Qv::dynamicCast<Headless::RootWindow>(root->window)->pixels()->pixelAt(30, 20), 0xFF30C030u);
-    tela_deletecanvas(root);
+    EXPECT_EQ(window->pixels()->pixelAt(30, 20), 0xFF30C030u);
 }
 
 TEST(RootCanvas, ATallerWindowKeepsCanvasesAtTheirDistanceFromTheTop)
@@ -272,13 +278,10 @@ TEST(RootCanvas, ANewWallpaperTakesEffectOnlyWhileChangesAreEnabled)
 
 TEST_P(DisplayRoads, ACanvasPlacedAgainShowsAtItsNewRectangleAndUncoversTheOld)
 {
-    const auto sink = Qv::make<PaintForwarder>();
-    RootCanvas* root = root_on(GetParam(), {80, 40}, sink);
-    ASSERT_NE(root, nullptr);
+    open({80, 40});
     painted(root, 0, 0, 80, 40, 0xFFC03030);                  // red below
     Canvas* blue = painted(root, 5, 5, 20, 20, 0xFF3030C0);  // blue on top
     Headless::services().windowing()->mainLoop().runPending();
-    const auto window = Qv::dynamicCast<Headless::RootWindow>(root->window);
     ASSERT_EQ(window->pixels()->pixelAt(10, 10), 0xFF3030C0u);
 
     // Same size: the pixels go with it, as a move takes them.
@@ -287,5 +290,4 @@ TEST_P(DisplayRoads, ACanvasPlacedAgainShowsAtItsNewRectangleAndUncoversTheOld)
     EXPECT_EQ(window->pixels()->pixelAt(10, 10), 0xFFC03030u);   // the old place shows what was below
     EXPECT_EQ(window->pixels()->pixelAt(50, 15), 0xFF3030C0u);   // the new one shows the canvas
     EXPECT_EQ(window->pixels()->pixelAt(64, 29), 0xFF3030C0u);
-    tela_deletecanvas(root);
 }

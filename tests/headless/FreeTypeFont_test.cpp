@@ -85,7 +85,6 @@ TEST(FreeTypeFontFace, DejaVuAtSixteenPixelsHasPlausibleMetricsAndStyle)
     EXPECT_LE(metrics.descent, 5);
     EXPECT_GE(metrics.height, metrics.ascent + metrics.descent);
     EXPECT_LE(metrics.height, 21);
-    EXPECT_EQ(font->getStyle(), static_cast<unsigned>(FreeTypeFont::eBold));
     EXPECT_FALSE(font->isSyntheticBold());   // DejaVu Sans has a bold face of its own
 }
 

@@ -26,7 +26,6 @@ TEST(GraphicPrimitives, ExtentsFollowTheirPointsAndRoundOutward)
     ImageDescriptionEx blit;
     blit.destRect = { -0.5f, 1.25f, 3.0f, 4.01f };
     EXPECT_EQ(blit.getExtents(), (Qv::Box<int> { -1, 1, 3, 5 }));
-    EXPECT_TRUE(blit.enabled);
 
     TextDescription text;   // no font: nothing to measure
     text.position = { 4, 4 };

@@ -4,13 +4,12 @@
 // their joins, and bad input against the clip.
 
 #include "headless/PixmanRegion.h"
-#include "headless/SoftwareRenderer.h"
+#include "headless/SoftwareImage.h"
 #include "support/PixelCompare.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -24,34 +23,6 @@ const NormalisedRGB WARM(0.95f, 0.55f, 0.1f);
 const NormalisedRGB TRANSPARENT(0.0f, 0.0f, 0.0f, 0.0f);
 
 std::uint32_t alpha(std::uint32_t pixel) { return pixel >> 24; }
-
-Qv::Ptr<Headless::HostImage> filled_image(int width, int height, std::uint32_t pixel)
-{
-    Qv::Ptr<Headless::HostImage> image = Headless::HostImage::create({ width, height });
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            std::memcpy(image->data() + y * image->stride() + x * 4, &pixel, 4);
-    return image;
-}
-
-Qv::Ptr<iGraphicPrimitivesRenderer> renderer_for(const Qv::Ptr<Headless::HostImage>& image)
-{
-    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-    EXPECT_TRUE(image->getRenderer(renderer, 1));
-    return renderer;
-}
-
-// The sum of the alpha of every pixel, as a share of a pixel.
-double covered_area(const Headless::HostImage& image)
-{
-    XY<int> size;
-    image.getSize(size);
-    double area = 0.0;
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x)
-            area += alpha(image.pixelAt(x, y)) / 255.0;
-    return area;
-}
 
 ShaderRectDescription shader_over(const char* name, const Qv::Rectangle<float>& rect)
 {

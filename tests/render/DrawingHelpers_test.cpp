@@ -119,11 +119,7 @@ TEST_F(DrawingHelpersTest, FocusRectIsFourDottedLinesJustInsideTheBox)
         EXPECT_EQ(line.start, corners[index]);
         EXPECT_EQ(line.end, corners[(index + 1) % 4]);
         EXPECT_TRUE(line.patterned);
-        EXPECT_EQ(line.pattern, 1u);
-        EXPECT_EQ(line.thickness, 1u);
         expect_colour(line.colour, RED);
-        EXPECT_EQ(line.secondColour.r, 0.0f);
-        EXPECT_EQ(line.secondColour.a, 1.0f);
     }
 }
 
@@ -279,7 +275,7 @@ TEST_F(DrawingHelpersTest, SquircleBadInputGivesEmptyPiecesNotFailures)
     EXPECT_EQ(recorder->callCount(), 0u);
 }
 
-TEST_F(DrawingHelpersTest, GradientRowsRunDownFromTheTopAndEndOnTheBottomColour)
+TEST_F(DrawingHelpersTest, GradientRowsRunDownFromTheTopEndOnTheBottomColourAndOnlyWhereTheyShow)
 {
     CanvasRenderer renderer(canvas, Box{});
     recorder->clear();
@@ -299,13 +295,9 @@ TEST_F(DrawingHelpersTest, GradientRowsRunDownFromTheTopAndEndOnTheBottomColour)
     recorder->clear();
     Tela::drawVertGradRect(renderer, Box{0, 10, 30, 10}, RED, BLUE);
     EXPECT_EQ(recorder->callCount(), 0u);
-}
 
-TEST_F(DrawingHelpersTest, AGradientFarTallerThanTheCanvasDrawsOnlyRowsThatCanShow)
-{
-    CanvasRenderer renderer(canvas, Box{});
+    // Two thousand million rows; the canvas has fifty: only rows that can show are drawn.
     recorder->clear();
-    // Two thousand million rows; the canvas has fifty.
     Tela::drawVertGradRect(renderer, Box{0, -1000000000, 30, 1000000000}, RED, BLUE);
     const std::vector<Box> boxes = rectangles();
     ASSERT_GE(boxes.size(), 50u);

@@ -3,21 +3,17 @@
 // the busy cursor of a stalled main thread, and the screen's density.
 
 #include "tela/state/TelaState.h"
-#include "tela/canvas/CanvasTree.h"
-#include "tela/canvas/RootCanvas.h"
 #include "tela/core/Clock.h"
 #include "tela/input/RootWindowEventHandler.h"
 #include "tela/input/SystemBusyMonitor.h"
 
-#include "sdl/SdlRootWindow.h"
-#include "sdl/SdlServices.h"
+#include "sdl/SdlFixture.h"
 #include "support/LoopDeadline.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
-#include <functional>
 #include <vector>
 
 // Last: Xlib's macros must not meet the headers above.
@@ -58,31 +54,13 @@ public:
 };
 
 // A root window of the library's own handler on SDL.
-class SdlDesktop : public ::testing::Test {
+class SdlDesktop : public SdlFixture {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(Sdl::install()) << "no display for SDL"; }
-
     void open(const Qv::Ptr<RootWindowEventHandler>& handler)
     {
-        iRootWindow::InitArgs args;
-        args.size = {160, 120};
-        args.flags = iRootWindow::InitArgs::eTitleBar;
-        args.eventHandler = handler;
-        root = tela_createRootCanvas(args);
-        ASSERT_NE(root, nullptr);
-        window = Qv::dynamicCast<Sdl::RootWindow>(root->window);
-        ASSERT_TRUE(window);
+        SdlFixture::open(handler);
         Sdl::services().windowing()->pumpPending();
     }
-    void TearDown() override
-    {
-        window = nullptr;
-        if (root)
-            tela_deletecanvas(root);
-        Sdl::services().windowing()->pumpPending();
-    }
-
-    SDL_Window* native() const { return static_cast<SDL_Window*>(window->nativeHandle()); }
 
     // What a window manager sends when the user presses the close button.
     void pressCloseButton() const
@@ -113,17 +91,6 @@ protected:
                                       300);
     }
 
-    bool pumpUntil(const std::function<bool()>& done)
-    {
-        for (int round = 0; round < 200; ++round) {
-            Sdl::services().windowing()->pumpPending();
-            if (done())
-                return true;
-            SDL_Delay(10);
-        }
-        return false;
-    }
-
     void push(SDL_EventType type, const char* file = nullptr, std::uint32_t windowId = 0)
     {
         SDL_Event event {};
@@ -132,9 +99,6 @@ protected:
         event.drop.file = file ? SDL_strdup(file) : nullptr;
         SDL_PushEvent(&event);
     }
-
-    RootCanvas* root = nullptr;
-    Qv::Ptr<Sdl::RootWindow> window;
 };
 
 } // namespace
@@ -223,13 +187,9 @@ TEST_F(SdlDesktop, AStalledMainThreadShowsTheBusyCursorFromTheMonitorThread)
 
 TEST(SdlDensity, TheScaleFollowsTheDensityInQuarterStepsAndNeverShrinksCursors)
 {
-    EXPECT_EQ(Sdl::scaleForDensity(96.0f), 1.0f);
-    EXPECT_EQ(Sdl::scaleForDensity(101.0f), 1.0f); // a monitor's slightly-off report
-    EXPECT_EQ(Sdl::scaleForDensity(120.0f), 1.25f);
-    EXPECT_EQ(Sdl::scaleForDensity(144.0f), 1.5f);
-    EXPECT_EQ(Sdl::scaleForDensity(192.0f), 2.0f);
-    EXPECT_EQ(Sdl::scaleForDensity(72.0f), 1.0f);
-    EXPECT_EQ(Sdl::scaleForDensity(5000.0f), 4.0f);
-    EXPECT_EQ(Sdl::scaleForDensity(0.0f), 1.0f);
-    EXPECT_EQ(Sdl::scaleForDensity(std::nanf("")), 1.0f);
+    // 101: a monitor's slightly-off report of 96.
+    const float densities[] = { 96, 101, 120, 144, 192, 72, 5000, 0, std::nanf("") };
+    const float scales[] = { 1, 1, 1.25f, 1.5f, 2, 1, 4, 1, 1 };
+    for (std::size_t i = 0; i < std::size(densities); ++i)
+        EXPECT_EQ(Sdl::scaleForDensity(densities[i]), scales[i]) << densities[i];
 }

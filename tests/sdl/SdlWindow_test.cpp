@@ -4,9 +4,7 @@
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasClient.h"
-#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/RootAppearance.h"
-#include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/core/Clock.h"
 #include "tela/events/Event.h"
@@ -15,8 +13,7 @@
 #include "tela/vector/Regions.h"
 
 #include "headless/HostImage.h"
-#include "sdl/SdlRootWindow.h"
-#include "sdl/SdlServices.h"
+#include "sdl/SdlFixture.h"
 #include "support/LoopDeadline.h"
 #include "support/WakeSink.h"
 
@@ -25,7 +22,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -55,48 +51,24 @@ public:
     using WakeSink::handleEvent;
 };
 
-class SdlWindow : public ::testing::Test {
+class SdlWindow : public SdlFixture {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(Sdl::install()) << "no display for SDL"; }
-
     void SetUp() override
     {
         sink = Qv::make<RecordingSink>();
-        iRootWindow::InitArgs args;
-        args.size = {160, 120};
-        args.name = WString(u"Tela test");
-        args.flags = iRootWindow::InitArgs::eTitleBar; // a normal window of that size
-        args.eventHandler = sink;
-        root = tela_createRootCanvas(args);
-        ASSERT_NE(root, nullptr);
+        open(sink);
         sink->root = root;
-        window = Qv::dynamicCast<Sdl::RootWindow>(root->window);
-        ASSERT_TRUE(window);
     }
     void TearDown() override
     {
         sink->root = nullptr;
-        window = nullptr;
-        tela_deletecanvas(root);
-        Sdl::services().windowing()->pumpPending();
-    }
-
-    // Handles events until `done` holds, for at most two seconds.
-    bool pumpUntil(const std::function<bool()>& done)
-    {
-        for (int round = 0; round < 200; ++round) {
-            Sdl::services().windowing()->pumpPending();
-            if (done())
-                return true;
-            SDL_Delay(10);
-        }
-        return false;
+        SdlFixture::TearDown();
     }
 
     // The colour the screen shows at a window point, as 0xRRGGBB.
     std::uint32_t onScreen(int x, int y) const
     {
-        SDL_Surface* surface = SDL_GetWindowSurface(static_cast<SDL_Window*>(window->nativeHandle()));
+        SDL_Surface* surface = SDL_GetWindowSurface(native());
         if (!surface || x >= surface->w || y >= surface->h)
             return 0xFFFFFFFF;
         const auto* row = static_cast<const std::uint8_t*>(surface->pixels) + y * surface->pitch;
@@ -110,8 +82,6 @@ protected:
     void pushToWindow(SDL_Event event) { SDL_PushEvent(&event); }
 
     Qv::Ptr<RecordingSink> sink;
-    RootCanvas* root = nullptr;
-    Qv::Ptr<Sdl::RootWindow> window;
 };
 
 } // namespace
@@ -186,7 +156,7 @@ TEST_F(SdlWindow, MouseKeysAndSizeChangesReachTheHandlerInThePlatformTerms)
         EXPECT_GE(time, NOW - 2000);
     }
 
-    SDL_SetWindowSize(static_cast<SDL_Window*>(window->nativeHandle()), 200, 90);
+    SDL_SetWindowSize(native(), 200, 90);
     ASSERT_TRUE(pumpUntil([&] {
         // The window manager may add focus and expose reports after it.
         return std::any_of(sink->changes.begin(), sink->changes.end(),
@@ -214,15 +184,11 @@ public:
 
 } // namespace
 
-TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
+using SdlApplication = SdlFixture;
+
+TEST_F(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
 {
-    ASSERT_TRUE(Sdl::install());
-    iRootWindow::InitArgs args;
-    args.size = {160, 120};
-    args.flags = iRootWindow::InitArgs::eTitleBar;
-    args.eventHandler = Qv::make<RootWindowEventHandler>();
-    RootCanvas* root = tela_createRootCanvas(args);
-    ASSERT_NE(root, nullptr);
+    open(Qv::make<RootWindowEventHandler>());
     const auto client = Qv::make<ClickRecorder>();
     Canvas* c = tela_newcanvas(client.get(), root);
     c->shape(region_mkrect(TopDownRect{20, 30, 60, 50}));
@@ -230,7 +196,7 @@ TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
     // The queue drops mouse events that waited across three seconds without
     // a receive; a loop that has just asked for one is alive.
     event_free(event_receive());
-    const std::uint32_t id = Qv::dynamicCast<Sdl::RootWindow>(root->window)->windowId();
+    const std::uint32_t id = window->windowId();
     for (const std::uint32_t type : {SDL_MOUSEBUTTONDOWN, SDL_MOUSEBUTTONUP}) {
         SDL_Event click {};
         click.type = type;
@@ -251,6 +217,5 @@ TEST(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
     const bool forced = run_loop_with_deadline(*Sdl::services().windowing(), [] { return false; }, 10000, 0);
     EXPECT_FALSE(forced);
     EXPECT_EQ(client->types, (std::vector<std::uint32_t>{0x122, 0x121}));
-    tela_deletecanvas(root);
-    Sdl::services().windowing()->pumpPending();
+    tela_deletecanvas(c);
 }
