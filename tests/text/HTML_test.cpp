@@ -231,7 +231,7 @@ protected:
     void SetUp() override
     {
         Tela::releaseAllFonts();
-        root = TextTest::createFixedFontRoot({200, 100});
+        root = createFixedFontRoot({200, 100});
         ASSERT_NE(root, nullptr);
         canvas = tela_newcanvas(nullptr, root);
         ASSERT_EQ(tela_placecanvas(canvas, TopDownRect{20, 10, 120, 60}), 1);
