@@ -27,7 +27,7 @@ void reregister_self()
 
 } // namespace
 
-TEST(CommandMap, StaticallyRegisteredCommandsAreFoundAndRun)
+TEST(CommandMap, StaticallyRegisteredCommandsAreFoundRunAndBoundToTheirKeys)
 {
     CommandMap& map = CommandMap::instance();
     ASSERT_TRUE(map.contains(String("Test: count a run")));
@@ -42,11 +42,8 @@ TEST(CommandMap, StaticallyRegisteredCommandsAreFoundAndRun)
     EXPECT_EQ(record.presentation.description.resourceId, 10289u);
     EXPECT_FALSE(record.presentation.group.hasResource());
     EXPECT_EQ(record.flags, 2);
-}
 
-TEST(CommandMap, DefaultKeyBindingsAreFoundByKeyAndHeldKey)
-{
-    CommandMap& map = CommandMap::instance();
+    // Default key bindings are found by key and held key.
     EXPECT_EQ(map.commandBoundToKey(0x4000078, 0), String("Test: bound to a key"));
     EXPECT_TRUE(map.commandBoundToKey(0x4000078, 0x10).isNull()); // a held key must match too
     EXPECT_TRUE(map.commandBoundToKey(0, 0).isNull());            // unbound commands are not "bound to 0"

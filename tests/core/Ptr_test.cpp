@@ -21,10 +21,7 @@ struct Derived : Base {
 
 } // namespace
 
-TEST(PtrTest, IsTwoMachineWords)
-{
-    EXPECT_EQ(sizeof(Qv::Ptr<Counted>), 2 * sizeof(void*));
-}
+static_assert(sizeof(Qv::Ptr<Counted>) == 2 * sizeof(void*));
 
 TEST(PtrTest, LastReleaseDestroysOnceAndReturnsTheBlock)
 {
@@ -68,17 +65,8 @@ TEST(PtrTest, BasePointerThroughVirtualBaseSharesTheCounter)
     Qv::Ptr<Derived> back = Qv::dynamicCast<Derived>(base);
     EXPECT_EQ(derived->refCount(), 3);
     EXPECT_FALSE(Qv::dynamicCast<Counted>(base));
-}
-
-TEST(PtrTest, ComparisonLooksAtTheObjectOnly)
-{
-    Qv::Ptr<Derived> none;
-    EXPECT_TRUE(none == nullptr);
-    EXPECT_FALSE(none);
-    auto one = Qv::make<Derived>();
-    auto other = Qv::make<Derived>();
-    EXPECT_FALSE(one == other);
-    Qv::Ptr<Derived> moved = std::move(one);
-    EXPECT_TRUE(one == nullptr);
-    EXPECT_EQ(moved->refCount(), 1);
+    EXPECT_FALSE(derived == Qv::make<Derived>());
+    Qv::Ptr<Derived> moved = std::move(back);
+    EXPECT_TRUE(back == nullptr);
+    EXPECT_EQ(derived->refCount(), 3);
 }

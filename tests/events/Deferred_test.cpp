@@ -64,16 +64,11 @@ TEST(Deferred, DrainingActionsLooksAtNoQueuedEventOnTheirBehalf)
     constexpr int ACTIONS = 2000;
     RecordingHandler bystander;
     Canvas* canvas = tela_newcanvas(nullptr, nullptr);
-    Event key(0x200);
-    key.canvas = canvas;
-    event_send(&key, false);
+    post(0x200, nullptr, canvas);
     int ran = 0;
     for (int i = 0; i < ACTIONS; ++i)
         defer([&] { ++ran; });
-    Event message(0x4001);
-    message.handler = &bystander;
-    message.sender = &bystander;
-    event_send(&message, false);
+    post(0x4001, &bystander, nullptr, &bystander);
 
     const std::uint64_t steps = event_queue_steps();
     dispatch_all();

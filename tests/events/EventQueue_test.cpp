@@ -4,8 +4,6 @@
 #include "tela/canvas/CanvasTree.h"
 #include "tela/vector/GraphicsState.h"
 
-#include "support/LiveBlocks.h"
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -15,11 +13,9 @@ struct CanvasScope {
     ~CanvasScope() { tela_deletecanvas(canvas); }
 };
 
-void send(Canvas* canvas, unsigned type, bool checkTarget = false)
+void send(Canvas* canvas, unsigned type)
 {
-    Event e(type);
-    e.canvas = canvas;
-    event_send(&e, checkTarget);
+    post(type, nullptr, canvas);
 }
 
 std::vector<unsigned> types(const std::vector<Event>& events)
@@ -29,12 +25,6 @@ std::vector<unsigned> types(const std::vector<Event>& events)
         out.push_back(e.type);
     return out;
 }
-
-struct Payload : iObject {
-    explicit Payload(int* released) : m_released(released) {}
-    ~Payload() override { ++*m_released; }
-    int* m_released;
-};
 
 } // namespace
 
@@ -111,33 +101,13 @@ TEST(EventQueue, FlushingAHandlerCancelsItsEventsAndForgetsItAsSender)
 {
     QueueScope scope;
     RecordingHandler target, sender_handler;
-    Event e(0x4001);
-    e.handler = &target;
-    event_send(&e, false);
-    Event from(0x4001);
-    from.handler = &sender_handler;
-    from.sender = &target;
-    event_send(&from, false);
+    post(0x4001, &target);
+    post(0x4001, &sender_handler, nullptr, &target);
     event_flush(&target, 0, false);
     auto events = receive_all();
     ASSERT_EQ(events.size(), 1u);
     EXPECT_EQ(events[0].handler, &sender_handler);
     EXPECT_EQ(events[0].sender, nullptr);
-}
-
-TEST(EventQueue, ADyingHandlerTakesItsQueuedEventsWithIt)
-{
-    QueueScope scope;
-    auto* handler = new RecordingHandler;
-    Event e(0x4001);
-    e.handler = handler;
-    event_send(&e, true);
-    EXPECT_EQ(event_pending(nullptr, 0x4001), 1);
-    delete handler;
-    EXPECT_FALSE(EventHandler::valid(handler, IdStamp(0, 0, 0)));
-    EXPECT_EQ(event_pending(nullptr, 0x4001), 0);
-    event_send(&e, true); // checked: dropped silently
-    EXPECT_TRUE(receive_all().empty());
 }
 
 // An event that owns its handler is left out of the per-handler counts; a
@@ -234,30 +204,4 @@ TEST(EventQueue, PositionsAreProjectedIntoTheCanvasWhenReceived)
     ASSERT_EQ(events.size(), 1u);
     EXPECT_EQ(events[0].pos(), (XY<int>{10, 20}));
     EXPECT_EQ(events[0].downPos(), (XY<int>{1, 1}));
-}
-
-TEST(EventQueue, PayloadsAreReleasedWithTheEventAndTimerEventsStampTheCanvas)
-{
-    QueueScope scope;
-    CanvasScope c;
-    int released = 0;
-    {
-        Event e(0x4001);
-        e.canvas = c.canvas;
-        e.data(Qv::make<Payload>(&released));
-        event_send(&e, false);
-    }
-    EXPECT_EQ(released, 0);
-    Event* received = event_receive();
-    ASSERT_NE(received, nullptr);
-    EXPECT_EQ(released, 0);
-    event_free(received);
-    EXPECT_EQ(released, 1);
-
-    Qv::setFakeClock(1'000'500);
-    send(c.canvas, 0x1001);
-    Event* tick = event_receive();
-    event_free(tick);
-    EXPECT_EQ(c.canvas->lastTimerEventTime, 1'000'500u);
-    event_free(nullptr);
 }

@@ -124,12 +124,3 @@ TEST(EventPool, ConcurrentTakersNeverShareARecordAndAllComeBack)
     EXPECT_EQ(Event::poolFreeCount(), Event::poolRecordCount());
     EXPECT_GE(Event::poolFreeCount(), free_before);
 }
-
-TEST(EventRecord, CopiesShareTheMessageAndPayload)
-{
-    Event e(0x4001);
-    e.message(String("refresh"));
-    Event copy(e);
-    EXPECT_TRUE(copy.msg().sharesBodyWith(e.msg()));
-    EXPECT_EQ(copy.type, 0x4001u);
-}

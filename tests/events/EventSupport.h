@@ -6,7 +6,15 @@
 #include "tela/events/EventHandler.h"
 #include "tela/events/EventQueue.h"
 
+#include <atomic>
 #include <vector>
+
+// Counts its own release, from any thread.
+struct Payload : iObject {
+    explicit Payload(std::atomic<int>& released) : m_released(released) {}
+    ~Payload() override { m_released.fetch_add(1, std::memory_order_relaxed); }
+    std::atomic<int>& m_released;
+};
 
 // Receives everything and remembers the types and names, in order.
 struct RecordingHandler : EventHandler {
@@ -20,6 +28,17 @@ struct RecordingHandler : EventHandler {
     std::vector<String> names;
     eResult result = eHandled;
 };
+
+// Queues an event of `type` for a handler or a canvas, naming a sender.
+inline void post(unsigned type, EventHandler* handler, Canvas* canvas = nullptr, EventHandler* sender = nullptr,
+                 bool checkTarget = false)
+{
+    Event e(type);
+    e.handler = handler;
+    e.canvas = canvas;
+    e.sender = sender;
+    event_send(&e, checkTarget);
+}
 
 // Takes every live event off the queue, in order.
 inline std::vector<Event> receive_all()

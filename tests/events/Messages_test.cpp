@@ -18,12 +18,6 @@
 
 namespace {
 
-struct Payload : iObject {
-    explicit Payload(std::atomic<int>& released) : m_released(released) {}
-    ~Payload() override { m_released.fetch_add(1, std::memory_order_relaxed); }
-    std::atomic<int>& m_released;
-};
-
 enum class Form { Send, SendWithoutDuplicates, SendWithData, Call, CallWithData };
 enum class Target { Live, Dead, Null };
 

@@ -30,12 +30,6 @@ constexpr int EVENTS_EACH_PRODUCER = 125'000;
 constexpr int PRODUCERS = 8;
 constexpr int MAX_IN_FLIGHT = 4096;
 
-struct Payload : iObject {
-    explicit Payload(std::atomic<int>& released) : m_released(released) {}
-    ~Payload() override { m_released.fetch_add(1, std::memory_order_relaxed); }
-    std::atomic<int>& m_released;
-};
-
 // Checks per-producer order: each event carries its producer and sequence.
 struct Sink : CanvasClient {
     eResult handleEvent(const Event& event) override

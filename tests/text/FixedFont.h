@@ -11,12 +11,13 @@ namespace TextTest {
 
 class FixedFont final : public iFont {
 public:
-    // Answers for at most `measured` characters, as a font that gave up would.
-    explicit FixedFont(std::size_t measured = SIZE_MAX) : m_measured(measured) {}
+    // Answers for at most `measured` characters, as a font that gave up would,
+    // and for the style it was asked for, so that the font table finds it again.
+    explicit FixedFont(std::size_t measured = SIZE_MAX, unsigned int style = 0) : m_measured(measured), m_style(style) {}
     static int advance(char16_t unit) { return unit == u' ' ? 4 : unit == u'@' ? 70000 : 8; }
 
     const Metrics& getMetrics() const override { return m_metrics; }
-    unsigned int getStyle() const override { return 0; }
+    unsigned int getStyle() const override { return m_style; }
     void analyse(const WString& text, std::vector<int>& edges) const override
     {
         edges.clear();
@@ -36,6 +37,7 @@ public:
 private:
     Metrics m_metrics {10, 3, 16};
     std::size_t m_measured;
+    unsigned int m_style;
 };
 
 } // namespace TextTest

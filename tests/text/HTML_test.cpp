@@ -174,20 +174,23 @@ TEST(HTMLParse, LinksAndUnderlines)
 {
     const Paragraphs link = parse("<p><a href=\"x\">go <b>now</b></a> then</p>");
     ASSERT_EQ(link[0].runs.size(), 3u);
-    const HTMLRenderer::StyledText& go = link[0].runs[0];
-    const HTMLRenderer::StyledText& now = link[0].runs[1];
-    const HTMLRenderer::StyledText& then = link[0].runs[2];
-    EXPECT_EQ(go.text, WString(u"go "));
-    EXPECT_EQ(go.url, WString(u"x"));
-    EXPECT_EQ(go.colour, palette().subheadingText());
-    EXPECT_EQ(go.font.textStyle, eTextHeavy);
-    EXPECT_TRUE(now.url.empty());
-    EXPECT_EQ(now.colour, palette().subheadingText());
-    EXPECT_EQ(now.font.textStyle, eTextHeavy);
-    EXPECT_EQ(now.font.style, 1u);
-    EXPECT_EQ(then.colour, palette().text(eTextNormal));
-    EXPECT_EQ(then.font.textStyle, eTextPlain);
-
+    const struct {
+        const char16_t* text;
+        const char16_t* url;
+        Colour colour;
+        eTextStyle textStyle;
+        unsigned style;
+    } runs[] = {{u"go ", u"x", palette().subheadingText(), eTextHeavy, 0},
+                {u"now", u"", palette().subheadingText(), eTextHeavy, 1},
+                {u" then", u"", palette().text(eTextNormal), eTextPlain, 0}};
+    for (std::size_t k = 0; k < 3; ++k) {
+        const HTMLRenderer::StyledText& run = link[0].runs[k];
+        EXPECT_EQ(run.text, WString(runs[k].text)) << k;
+        EXPECT_EQ(run.url, WString(runs[k].url)) << k;
+        EXPECT_EQ(run.colour, runs[k].colour) << k;
+        EXPECT_EQ(run.font.textStyle, runs[k].textStyle) << k;
+        EXPECT_EQ(run.font.style, runs[k].style) << k;
+    }
     EXPECT_EQ(only_run("<p><u>x</u></p>").font.textStyle, eTextHeavy);
     EXPECT_EQ(only_run("<p><a name=\"n\">x</a></p>").font.textStyle, eTextPlain);
     // An <a> without href raised nothing, yet its </a> lowers the depth,
@@ -231,7 +234,7 @@ protected:
     void SetUp() override
     {
         Tela::releaseAllFonts();
-        root = TextTest::createFixedFontRoot({200, 100});
+        root = createFixedFontRoot({200, 100});
         ASSERT_NE(root, nullptr);
         canvas = tela_newcanvas(nullptr, root);
         ASSERT_EQ(tela_placecanvas(canvas, TopDownRect{20, 10, 120, 60}), 1);
@@ -347,15 +350,11 @@ TEST_F(HTMLLayout, LinksAreFoundOnTheirBoxesEdgesIncludedAndOnEveryLine)
     HTMLRenderer::render(renderer, paragraphs, {0, 0, 64, 50}, 16, {0, 1});
 
     ASSERT_EQ(spans(boxes(copy, 0, 1)), (Spans{{20, 52, 47}, {0, 52, 31}}));
-    const WString here(u"here");
-    EXPECT_EQ(HTMLRenderer::getURLAtPosition({20, 34}, copy), here);   // bottom left corner
-    EXPECT_EQ(HTMLRenderer::getURLAtPosition({52, 47}, copy), here);   // top right corner
-    EXPECT_EQ(HTMLRenderer::getURLAtPosition({52, 18}, copy), here);   // the second line's corner
-    EXPECT_TRUE(HTMLRenderer::getURLAtPosition({10, 40}, copy).empty());   // "go ": no link
-    EXPECT_TRUE(HTMLRenderer::getURLAtPosition({53, 40}, copy).empty());
-    EXPECT_TRUE(HTMLRenderer::getURLAtPosition({30, 48}, copy).empty());
-    EXPECT_TRUE(HTMLRenderer::getURLAtPosition({30, 32}, copy).empty());   // between the lines
-    EXPECT_TRUE(HTMLRenderer::getURLAtPosition({53, 20}, copy).empty());
+    // Corners of both boxes count; "go ", beyond the edges and between the lines do not.
+    for (const XY<int>& on : {XY<int>{20, 34}, XY<int>{52, 47}, XY<int>{52, 18}})
+        EXPECT_EQ(HTMLRenderer::getURLAtPosition(on, copy), WString(u"here")) << on.x << "," << on.y;
+    for (const XY<int>& off : {XY<int>{10, 40}, XY<int>{53, 40}, XY<int>{30, 48}, XY<int>{30, 32}, XY<int>{53, 20}})
+        EXPECT_TRUE(HTMLRenderer::getURLAtPosition(off, copy).empty()) << off.x << "," << off.y;
 }
 
 // None of these may crash or hang; what they give is whatever the scanner

@@ -217,21 +217,20 @@ TEST_F(WordWrappingRender, StringsStopAtTheFirstOneThatBeginsWithTheBoxFull)
 // on the current canvas.
 TEST_F(WordWrappingRender, AFontRequestIsLoadedAndItsSizeSpacesTheLines)
 {
+    const auto line_gap = [&](unsigned drawn_lines) {
+        const Drawn lines = drawn();
+        recorder->clear();
+        EXPECT_EQ(drawn_lines, 2u);
+        return lines.size() == 2 ? lines[1].second.y - lines[0].second.y : -1;
+    };
     CanvasRenderer renderer(canvas, Qv::Box<int>{});
     const Tela::FontDesc request(String(), 20, 0);
-    EXPECT_EQ(WordWrappingTextRenderer::renderString(renderer, WString(u"aaa bbb"), {0, 0, 40, 60}, INK, request, 0, 0),
-              2u);
-    Drawn lines = drawn();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1].second.y - lines[0].second.y, 20);
-
-    recorder->clear();
+    EXPECT_EQ(line_gap(WordWrappingTextRenderer::renderString(renderer, WString(u"aaa bbb"), {0, 0, 40, 60}, INK,
+                                                              request, 0, 0)),
+              20);
     tela_setcanvas(canvas);
     const Strings strings {WString(u"aaa"), WString(u"bbb")};
-    EXPECT_EQ(WordWrappingTextRenderer::renderStrings(strings, {0, 0, 40, 60}, INK, request, 0, 0), 2u);
-    lines = drawn();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[1].second.y - lines[0].second.y, 20);
+    EXPECT_EQ(line_gap(WordWrappingTextRenderer::renderStrings(strings, {0, 0, 40, 60}, INK, request, 0, 0)), 20);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -96,7 +97,7 @@ TEST(Matrix, InverseOfAProjectiveMatrixIsReportedButStillComputed)
     EXPECT_EQ(inverse[0][0], 0.5);
 }
 
-TEST(Matrix, EqualityIsBitwiseAndProjectionDividesByW)
+TEST(Matrix, EqualityIsBitwiseProjectionDividesByWAndAnglesNormalise)
 {
     double a[3][3], b[3][3];
     mat3_id(a);
@@ -110,10 +111,8 @@ TEST(Matrix, EqualityIsBitwiseAndProjectionDividesByW)
     mat3_project(halving, 8, 6, &x, &y);
     EXPECT_EQ(x, 4);
     EXPECT_EQ(y, 3);
-}
 
-TEST(Matrix, AnglesNormaliseIntoAClosedTurn)
-{
+    // Angles normalise into a closed turn.
     EXPECT_EQ(norm_angle360(-90), 270);
     EXPECT_EQ(norm_angle360(720), 0);
     EXPECT_EQ(norm_angle360(360.0), 0);
@@ -151,12 +150,7 @@ TEST_F(GraphicsStateTest, SaveAndRestoreBringBackMatrixWidthAndFlatness)
     EXPECT_EQ(tela_currentflatness(), 0.01);
     tela_grestore();
     const Six m = current_matrix();
-    EXPECT_EQ(m.a, 1);
-    EXPECT_EQ(m.b, 2);
-    EXPECT_EQ(m.c, 3);
-    EXPECT_EQ(m.d, 4);
-    EXPECT_EQ(m.e, 5);
-    EXPECT_EQ(m.f, 6);
+    EXPECT_EQ((std::vector<double>{m.a, m.b, m.c, m.d, m.e, m.f}), (std::vector<double>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(tela_currentlinewidth(), 3);
     EXPECT_EQ(tela_currentflatness(), 0.5);
     EXPECT_EQ(CTM_inverse_is_valid, 0);
