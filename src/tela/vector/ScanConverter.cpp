@@ -204,9 +204,8 @@ Point cubic_at(double t)
 
 // a and b are the cubic and quadratic coefficients over [t0, t1] alone.
 void subdivide(double t0, double t1, Point start, Point end, double ax, double ay, double bx, double by,
-               int depth)
+               int depth, double flatness)
 {
-    const double flatness = tela_currentflatness();
     for (;;) {
         // 0.3849 is the furthest a pure cubic term strays from its chord,
         // 0.25 a pure quadratic one: e bounds the distance of curve and chord.
@@ -217,7 +216,7 @@ void subdivide(double t0, double t1, Point start, Point end, double ax, double a
         }
         const double middle = (t0 + t1) * 0.5;
         const Point at_middle = cubic_at(middle);
-        subdivide(t0, middle, start, at_middle, ax * 0.125, ay * 0.125, bx * 0.25, by * 0.25, depth + 1);
+        subdivide(t0, middle, start, at_middle, ax * 0.125, ay * 0.125, bx * 0.25, by * 0.25, depth + 1, flatness);
         // The second half in place of a second call.
         t0 = middle;
         start = at_middle;
@@ -240,7 +239,7 @@ void flatten_curve(Point p0, Point p1, Point p2, Point p3)
     k.cy = 3 * (p1.y - p0.y);
     k.by = 3 * (p0.y + p2.y - 2 * p1.y);
     k.ay = p3.y - 3 * p2.y + 3 * p1.y - p0.y;
-    subdivide(0.0, 1.0, p0, p3, k.ax, k.ay, k.bx, k.by, 0);
+    subdivide(0.0, 1.0, p0, p3, k.ax, k.ay, k.bx, k.by, 0, tela_currentflatness());
 }
 
 // Every edge of the path into the table. Returns false when a point that is

@@ -403,7 +403,11 @@ Qv::Ptr<iRegion> emit_region(Canvas* canvas, bool windToEvenOdd)
     if (lowest >= t.lines)
         return nullptr;
 
-    Tela::RegionBuilder builder(std::size_t(highest - lowest + 1));
+    // A row's spans are at most half its records: room for them all at
+    // once, rather than growing the builder as the rows come.
+    const ScanHeap& h = heap();
+    const std::size_t records = std::size_t(h.blockCount) * SCAN_BLOCK_RECORDS - std::size_t(h.recordsLeft) - std::size_t(t.lines);
+    Tela::RegionBuilder builder(std::max(std::size_t(highest - lowest + 1), records / 2 + 1));
     const int root_height = canvas->getRootParent()->getHeight();
     // From the highest row down, so rectangles arrive top first in the window.
     // A run of rows with the same spans becomes one band of rectangles as
