@@ -7,6 +7,8 @@
 //   own flattening of the path: made once beforehand, which times the region
 //   building alone, and made afresh each round, which times the same road
 //   as the library's figure, building the path and flattening it included.
+// - The library's scan converter fed Cairo's polygon as lines, which sets
+//   the region building of the two side by side.
 // Every road flattens to the same tolerance, the argument in tenths of a pixel
 // (the library's flatness; Cairo's tolerance). 10 is the library's default.
 
@@ -202,6 +204,36 @@ void BM_XPolygonRegion(benchmark::State& state)
     cairo_surface_destroy(surface);
 }
 
+// The library's scan converter on Cairo's polygon, given as lines: the same
+// input XPolygonRegion gets, so the two differ in building the region
+// alone. A path holds 500 entries, enough for the polygons at the default
+// tolerance only.
+void BM_TelaOfCairoPolygon(benchmark::State& state)
+{
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_A1, SIZE, SIZE);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_tolerance(cr, tolerance_of(state));
+    const std::vector<XPoint> points = flat_polygon(cr, shape_of(int(state.range(0))));
+    cairo_destroy(cr);
+    cairo_surface_destroy(surface);
+    path_init();
+    scan_heap_init();
+    Canvas* root = tela_newcanvas(nullptr, nullptr);
+    root->shape(region_mkrect(TopDownRect{0, 0, SIZE, SIZE}));
+    tela_setmatrix(1, 0, 0, 1, 0, 0);
+    for (auto _ : state) {
+        tela_newpath();
+        tela_moveto(points[0].x, points[0].y);
+        for (std::size_t i = 1; i < points.size(); ++i)
+            tela_lineto(points[i].x, points[i].y);
+        tela_closepath();
+        const RegionPtr region = path_to_region(root, 0, 1, 0);
+        benchmark::DoNotOptimize(region.get());
+    }
+    state.counters["points"] = double(points.size());
+    tela_deletecanvas(root);
+}
+
 void shapes(benchmark::internal::Benchmark* b)
 {
     b->ArgNames({"shape", "tolerance10"});
@@ -214,6 +246,7 @@ void shapes(benchmark::internal::Benchmark* b)
 
 BENCHMARK(BM_Tela)->Apply(shapes);
 BENCHMARK(BM_CairoMaskToRegion)->Apply(shapes);
+BENCHMARK(BM_TelaOfCairoPolygon)->ArgNames({"shape", "tolerance10"})->Args({0, 10})->Args({1, 10});
 BENCHMARK(BM_XPolygonRegion)->Apply([](benchmark::internal::Benchmark* b) {
     b->ArgNames({"shape", "tolerance10", "flattenEachTime"});
     for (int flatten : {0, 1})
