@@ -144,6 +144,30 @@ TEST(VideoWindowChild, OnTheRootCanvasTheVideoIsNeverShapedOrHidden)
     EXPECT_EQ(scene.child()->overlayCalls(), 0);
 }
 
+// The root counts y upward like every canvas, but has no buffer to be flipped
+// through: a video over its lower part used to lie as far below the window's
+// top as it should have lain above its bottom.
+TEST(VideoWindowChild, AVideoOnTheRootLiesWhereItsBoxSaysCountingUpward)
+{
+    Scene scene;
+    VideoWindow video;
+    video.create(scene.root, Qv::Box<int> { 0, 0, 200, 50 }, VideoWindow::eChildWindow);
+    ASSERT_NE(scene.child(), nullptr);
+    EXPECT_EQ(scene.child()->position(), XY<int>(0, 100));
+    EXPECT_EQ(scene.child()->size(), XY<int>(200, 50));
+    video.display(frame_of(RED));
+    EXPECT_EQ(scene.shownAt(150, 100), RED);
+    EXPECT_EQ(scene.shownAt(150, 149), RED);
+    EXPECT_NE(scene.shownAt(150, 99), RED);
+    EXPECT_NE(scene.shownAt(150, 60), RED);
+
+    video.setCanvasArea(Qv::Box<int> { 120, 110, 180, 150 });   // the top right corner
+    EXPECT_EQ(scene.child()->position(), XY<int>(120, 0));
+    video.display(frame_of(BLUE));
+    EXPECT_EQ(scene.shownAt(150, 10), BLUE);
+    EXPECT_NE(scene.shownAt(150, 140), BLUE);
+}
+
 TEST(VideoWindowComposited, AFrameIsDrawnIntoTheCanvasAndShownOnBothRoads)
 {
     for (const auto road : { iImageBase::eHostMemory, iImageBase::eGPU }) {
