@@ -125,6 +125,29 @@ TEST(VideoWindowChild, AWhollyCoveredVideoIsHiddenOnceAndShownWhenUncovered)
     EXPECT_EQ(scene.shownAt(50, 50), BLUE);
 }
 
+// Hiding the canvas used to leave its stored visible region as it was, so the
+// child window went on showing over whatever took the canvas's place.
+TEST(VideoWindowChild, AVideoOnAHiddenCanvasIsHiddenAndComesBackWithIt)
+{
+    Scene scene;
+    VideoWindow video;
+    video.create(scene.video, scene.whole, VideoWindow::eChildWindow);
+    video.display(frame_of(RED));
+    tela_unmapcanvas(scene.video);
+    scene.settle();
+    video.display(frame_of(RED));
+    EXPECT_TRUE(video.hidden);
+    EXPECT_FALSE(scene.child()->visible());
+    EXPECT_NE(scene.shownAt(50, 50), RED);
+
+    tela_mapcanvas(scene.video);
+    scene.settle();
+    video.display(frame_of(BLUE));
+    EXPECT_FALSE(video.hidden);
+    EXPECT_EQ(scene.child()->setVisibleCalls(), 2);
+    EXPECT_EQ(scene.shownAt(50, 50), BLUE);
+}
+
 TEST(VideoWindowChild, OnTheRootCanvasTheVideoIsNeverShapedOrHidden)
 {
     Scene scene;

@@ -41,6 +41,12 @@ void tela_unmapcanvas(Canvas* canvas)
         return;
     canvas->mapped = 0;
     canvas->dirty = 0;
+    // Nothing of it shows now, nor of anything on it: a video window on one
+    // of them reads that and hides. Mapping again marks them all, and the
+    // marks work their regions out afresh.
+    for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
+        if (c->visibleRegion())
+            c->visibleRegion(nullptr);
     if (canvas->lightweight || !canvas->shape() || !ancestors_mapped(canvas))
         return;
     canvas_expose(canvas, canvas->shape());
