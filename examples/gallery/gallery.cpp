@@ -2,8 +2,9 @@
 // The sidebar's entries are picked by clicking or with the up and down keys:
 // the first shows every drawing primitive, the second text (wrapped, fitted,
 // justified), the third a page of cards that change colour when clicked, the
-// fourth help text in markup whose link turns to a second page. A
-// marker runs along the status bar on the library's tick.
+// fourth help text in markup whose link turns to a second page, the fifth
+// canvases cut to shape by paths, the sixth a video. A marker runs along the
+// status bar on the library's tick.
 //
 // With a display it opens a window (close it to end). Without one, or with
 // TELA_BACKEND=headless, it plays a short scripted session on the headless
@@ -47,6 +48,7 @@
 #include "ShapesPanel.h"
 #include "TextPanel.h"
 #include "TooltipPanel.h"
+#include "VideoPanel.h"
 
 #include <cstdio>
 #include <cstring>
@@ -59,8 +61,8 @@
 namespace {
 
 constexpr int WIDTH = 640, HEIGHT = 400;
-const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards", u"HTML", u"Paths"};
-constexpr int SIDEBAR_ENTRIES = 5;
+const char16_t* const SIDEBAR_LABELS[] = {u"Shapes", u"Text", u"Cards", u"HTML", u"Paths", u"Video"};
+constexpr int SIDEBAR_ENTRIES = 6;
 // Arrow keys, as the platforms report them: key values that are no characters.
 constexpr std::uint32_t KEY_DOWN = 0x51 | eKeyNotCharacter;
 constexpr std::uint32_t KEY_UP = 0x52 | eKeyNotCharacter;
@@ -135,7 +137,8 @@ void fill_tip_resources()
     const char16_t* const pages[] = {u"Every drawing primitive, in the palette's colours",
                                      u"Wrapped, justified, fitted and highlighted text",
                                      u"Cards that change colour when clicked", u"Marked-up help with a link",
-                                     u"Canvases cut to shape by paths and by a picture"};
+                                     u"Canvases cut to shape by paths and by a picture",
+                                     u"A video window, cut by its shape and the canvas in front"};
     for (ResId i = 0; i < std::size(pages); ++i)
         setResourceString(TIP_FIRST_PAGE + i, WString(pages[i]));
 }
@@ -189,6 +192,8 @@ public:
         for (const Qv::Ptr<EventHandler>& step : m_steps)
             EventTimeServer::instance().deRegisterForTimeEvents(step.get());
         m_steps.clear();
+        if (m_player)
+            m_player->stop(); // the video window goes before its canvas
         for (Canvas* panel : m_panels)
             tela_deletecanvas(panel); // with everything on it
         m_panels.clear();
@@ -306,6 +311,11 @@ private:
         m_paths_page = panel(content, 176, 16, PathsPage::PAGE_WIDTH, PathsPage::PAGE_HEIGHT, packed(0, 0, 0),
                              makeCurvedRegion({PathsPage::PAGE_WIDTH, PathsPage::PAGE_HEIGHT}, 15, eLargeCorners));
         PathsPage::build(m_paths_page, 176, 16, Palette::getDefault(), fromUTF8(GALLERY_PICTURES "/flower.png"));
+        m_video_page = panel(content, 176, 16, VideoPage::PAGE_WIDTH, VideoPage::PAGE_HEIGHT, packed(0, 0, 0),
+                             makeCurvedRegion({VideoPage::PAGE_WIDTH, VideoPage::PAGE_HEIGHT}, 15, eLargeCorners));
+        m_player = Qv::make<VideoPage::Player>();
+        m_clients.push_back(m_player);
+        m_player->build(m_video_page, 176, 16, Palette::getDefault());
         const int card_colours[] = {packed(230, 90, 70), packed(80, 180, 120), packed(90, 130, 210)};
         const int card_boxes[][4] = {{200, 40, 190, 110}, {410, 40, 190, 110}, {200, 166, 400, 90}};
         for (int i = 0; i < 3; ++i) {
@@ -343,7 +353,8 @@ private:
     // One page for each sidebar entry.
     void show_page()
     {
-        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page, m_html_page, m_paths_page};
+        Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page,
+                                                m_html_page,   m_paths_page, m_video_page};
         Canvas* page = pages[m_selected];
         if (page)
             canvas_pop_to_top(page, false);
@@ -412,8 +423,9 @@ private:
 
     // What a user might do in the first seconds: pick the cards, light one, go
     // up to the text with the keyboard and widen its wrapping box, follow the
-    // HTML page's link, look at the shapes cut by paths, rest the pointer on
-    // an entry until its tip shows; then close the window.
+    // HTML page's link, look at the shapes cut by paths, watch the video for
+    // a few ticks, rest the pointer on an entry until its tip shows; then
+    // close the window.
     void play_script()
     {
         const auto click = [](int x, int y) {
@@ -450,13 +462,17 @@ private:
         // pointer comes to rest on the text entry, and its tip shows.
         at(1300, [this] {
             snapshot("gallery-5-paths.png");
+            select(5);
+        });
+        at(1800, [this] {
+            snapshot("gallery-6-video.png");
             MouseEvent rest;
             rest.pos = {60, 16 + 44 + 16};
             rest.action = MouseEvent::eMove;
             input(rest);
         });
-        at(1300 + TOOLTIP_DELAY + 300, [this] {
-            snapshot("gallery-6-after-session.png");
+        at(1800 + TOOLTIP_DELAY + 300, [this] {
+            snapshot("gallery-7-after-session.png");
             WindowEvent close;
             close.kind = WindowEvent::eCloseRequest;
             input(close);
@@ -480,6 +496,8 @@ private:
     Canvas* m_text_page = nullptr;
     Canvas* m_html_page = nullptr;
     Canvas* m_paths_page = nullptr;
+    Canvas* m_video_page = nullptr;
+    Qv::Ptr<VideoPage::Player> m_player; // also among m_clients: it is the video canvas's client
     HTMLPage m_html;
     int m_wrap_width = TextPage::NARROW_BOX;
     bool m_card_lit[3] = {false, false, false};

@@ -3,6 +3,7 @@
 #include "tela/canvas/CanvasClient.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/DisplayPipeline.h"
 #include "tela/canvas/Mapping.h"
 #include "tela/canvas/Picking.h"
@@ -561,4 +562,101 @@ TEST_F(WindowFixture, TilesAndReadsBackGoThroughTheCanvasCoordinates)
     EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(part)->pixelAt(1, 0), BLUE);
     EXPECT_FALSE(tela_getCanvasPixels(nullptr, Qv::Box<double>{0, 0, 1, 1}));
     tela_deletecanvas(c);
+}
+
+// The stored visible region is what a video window and the composited road
+// read between paints, so a change to the tree must leave it right on every
+// canvas whose share of the window it changes, whether or not anything there
+// needs painting.
+class StoredVisibleRegions : public WindowFixture {
+protected:
+    // Every heavyweight canvas: its stored region against a fresh one, which
+    // is empty for a canvas hidden itself or by an ancestor.
+    void expectAllCurrent()
+    {
+        for (Canvas* c = canvas_walk_subtree(root, nullptr); c; c = canvas_walk_subtree(root, c)) {
+            if (c->lightweight)
+                continue;
+            SCOPED_TRACE(c->id);
+            EXPECT_TRUE(region_eq(c->visibleRegion(), canvupd_visible_region(c)));
+        }
+    }
+    void storeAll()
+    {
+        for (Canvas* c = canvas_walk_subtree(root, nullptr); c; c = canvas_walk_subtree(root, c))
+            c->visibleRegion(canvupd_visible_region(c));
+    }
+};
+
+// Moving onto canvases without leaving any of their area uncovered used to
+// mark nothing on them, and so they kept the region they had before.
+TEST_F(StoredVisibleRegions, ACanvasMovedOverOthersShrinksTheirsWithoutRepaintingThem)
+{
+    Canvas* below = child(root, 60, 10, 140, 90, RED);
+    Canvas* on_below = child(below, 100, 20, 130, 50, GREEN);
+    Canvas* holder = child(root, 150, 10, 190, 50, GREEN);
+    Canvas* inner = child(holder, 195, 60, 199, 64, BLUE); // outside its parent: shows nothing
+    Canvas* mover = child(root, 0, 10, 40, 40, BLUE);
+    storeAll();
+    clear();
+
+    tela_translatecanvas(mover, 70, 0); // now (70, 10)-(110, 40): the area it left was bare
+    expectAllCurrent();
+    EXPECT_FALSE(below->visibleRegion()->contains({80, 20}));
+    EXPECT_FALSE(on_below->visibleRegion()->contains({105, 25}));
+    EXPECT_EQ(shown(120, 60), 0u); // covered, not repainted
+
+    tela_translatecanvas(inner, -30, 40); // into its parent from outside it
+    expectAllCurrent();
+    EXPECT_FALSE(holder->visibleRegion()->contains({166, 21}));
+}
+
+// Random moves, reshapes, restacking, hiding and showing over a random tree.
+TEST_F(StoredVisibleRegions, StayCurrentThroughEveryKindOfChange)
+{
+    for (std::uint32_t seed = 0; seed < 30; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<std::uint32_t>(n)); };
+        std::vector<Canvas*> canvases;
+        for (int i = 0; i < 12; ++i) {
+            Canvas* parent = i < 4 || below(2) == 0 ? root : canvases[static_cast<std::size_t>(below(i))];
+            const int left = below(160), top = below(70);
+            Canvas* c = child(parent, left, top, left + 10 + below(60), top + 10 + below(40), RED);
+            if (below(4) == 0)
+                c->setOpacity(0.5);
+            canvases.push_back(c);
+        }
+        storeAll();
+        for (int step = 0; step < 40; ++step) {
+            SCOPED_TRACE(step);
+            Canvas* c = canvases[static_cast<std::size_t>(below(static_cast<int>(canvases.size())))];
+            switch (below(4)) {
+            case 0:
+                tela_translatecanvas(c, below(61) - 30, below(41) - 20);
+                break;
+            case 1: {
+                const int left = below(160), top = below(70);
+                tela_placecanvas(c, TopDownRect{left, top, left + 10 + below(60), top + 10 + below(40)}, nullptr);
+                break;
+            }
+            case 2:
+                canvas_set_level(c, below(c->parent->childCount));
+                break;
+            default:
+                if (c->mapped)
+                    tela_unmapcanvas(c);
+                else
+                    tela_mapcanvas(c);
+            }
+            expectAllCurrent();
+            if (HasFailure())
+                return;
+        }
+        for (Canvas* c = root->oldestChild; c;) {
+            Canvas* next = c->youngerSibling;
+            tela_deletecanvas(c);
+            c = next;
+        }
+    }
 }

@@ -5,6 +5,7 @@
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasGeometry.h"
 #include "tela/canvas/CanvasTree.h"
+#include "tela/canvas/Mapping.h"
 #include "tela/canvas/RootCanvas.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/events/Event.h"

@@ -123,6 +123,29 @@ TEST(VideoWindowChild, AWhollyCoveredVideoIsHiddenOnceAndShownWhenUncovered)
     EXPECT_EQ(scene.shownAt(50, 50), BLUE);
 }
 
+// Hiding the canvas used to leave its stored visible region as it was, so the
+// child window went on showing over whatever took the canvas's place.
+TEST(VideoWindowChild, AVideoOnAHiddenCanvasIsHiddenAndComesBackWithIt)
+{
+    Scene scene;
+    VideoWindow video;
+    video.create(scene.video, scene.whole, VideoWindow::eChildWindow);
+    video.display(frame_of(RED));
+    tela_unmapcanvas(scene.video);
+    scene.settle();
+    video.display(frame_of(RED));
+    EXPECT_TRUE(video.hidden);
+    EXPECT_FALSE(scene.child()->visible());
+    EXPECT_NE(scene.shownAt(50, 50), RED);
+
+    tela_mapcanvas(scene.video);
+    scene.settle();
+    video.display(frame_of(BLUE));
+    EXPECT_FALSE(video.hidden);
+    EXPECT_EQ(scene.child()->setVisibleCalls(), 2);
+    EXPECT_EQ(scene.shownAt(50, 50), BLUE);
+}
+
 TEST(VideoWindowChild, OnTheRootCanvasTheVideoIsNeverShapedOrHidden)
 {
     Scene scene;
@@ -137,6 +160,30 @@ TEST(VideoWindowChild, OnTheRootCanvasTheVideoIsNeverShapedOrHidden)
     EXPECT_EQ(scene.child()->setVisibleCalls(), 0);
     EXPECT_FALSE(scene.child()->region());
     EXPECT_EQ(scene.child()->overlayCalls(), 0);
+}
+
+// The root counts y upward like every canvas, but has no buffer to be flipped
+// through: a video over its lower part used to lie as far below the window's
+// top as it should have lain above its bottom.
+TEST(VideoWindowChild, AVideoOnTheRootLiesWhereItsBoxSaysCountingUpward)
+{
+    Scene scene;
+    VideoWindow video;
+    video.create(scene.root, Qv::Box<int> { 0, 0, 200, 50 }, VideoWindow::eChildWindow);
+    ASSERT_NE(scene.child(), nullptr);
+    EXPECT_EQ(scene.child()->position(), XY<int>(0, 100));
+    EXPECT_EQ(scene.child()->size(), XY<int>(200, 50));
+    video.display(frame_of(RED));
+    EXPECT_EQ(scene.shownAt(150, 100), RED);
+    EXPECT_EQ(scene.shownAt(150, 149), RED);
+    EXPECT_NE(scene.shownAt(150, 99), RED);
+    EXPECT_NE(scene.shownAt(150, 60), RED);
+
+    video.setCanvasArea(Qv::Box<int> { 120, 110, 180, 150 });   // the top right corner
+    EXPECT_EQ(scene.child()->position(), XY<int>(120, 0));
+    video.display(frame_of(BLUE));
+    EXPECT_EQ(scene.shownAt(150, 10), BLUE);
+    EXPECT_NE(scene.shownAt(150, 140), BLUE);
 }
 
 TEST(VideoWindowComposited, AFrameIsDrawnIntoTheCanvasAndShownOnBothRoads)

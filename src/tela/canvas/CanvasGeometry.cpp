@@ -46,6 +46,7 @@ int apply_shape(Canvas* canvas, const RegionPtr& region, const double matrix[3][
     if (canvas->mapped) {
         canvas_expose(canvas, canvas->shape());
         canvas_expose(canvas, old_shape);
+        canvas_refresh_visible_regions(canvas, region_union(canvas->shape(), old_shape));
         // Exposing repaints what lies below and around. A canvas that had a
         // place already keeps its pixels, so it and what is on it must show at
         // the new place too, or a window that copies buffers keeps showing
@@ -87,6 +88,10 @@ void move_one(Canvas* canvas, int dx, int dy)
         }
     }
     canvas->translate(static_cast<short>(dx), static_cast<short>(dy));
+    // The marks above repaint what the canvas uncovers; what it now covers
+    // needs no paint, yet shows less.
+    if (touched && canvas->mapped)
+        canvas_refresh_visible_regions(canvas, touched);
     if (touched) {
         for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
             if (!c->lightweight)

@@ -2,6 +2,7 @@
 
 #include "tela/canvas/Canvas.h"
 #include "tela/canvas/CanvasGeometry.h"
+#include "tela/canvas/CanvasTree.h"
 #include "tela/canvas/CanvasWalk.h"
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/vector/Regions.h"
@@ -30,12 +31,8 @@ void tela_mapcanvas(Canvas* canvas)
         return; // nothing shows yet; mapping the ancestor marks the subtree
     for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
         canvupd_mark_region_exact(c, canvas->shape(), true, true);
-    if (!canvas->shape())
-        return;
-    // Older siblings it now hides part of have a smaller visible region.
-    for (Canvas* older = canvas->olderSibling; older; older = older->olderSibling)
-        if (older->shape() && region_bbx_overlap(older->shape(), canvas->shape()))
-            older->visibleRegion(canvupd_visible_region(older));
+    // What it now hides part of has a smaller visible region.
+    canvas_refresh_visible_regions(canvas, canvas->shape());
 }
 
 void tela_unmapcanvas(Canvas* canvas)
@@ -44,9 +41,43 @@ void tela_unmapcanvas(Canvas* canvas)
         return;
     canvas->mapped = 0;
     canvas->dirty = 0;
+    // Nothing of it shows now, nor of anything on it: a video window on one
+    // of them reads that and hides. Mapping again marks them all, and the
+    // marks work their regions out afresh.
+    for (Canvas* c = canvas_walk_subtree(canvas, nullptr); c; c = canvas_walk_subtree(canvas, c))
+        if (c->visibleRegion())
+            c->visibleRegion(nullptr);
     if (canvas->lightweight || !canvas->shape() || !ancestors_mapped(canvas))
         return;
     canvas_expose(canvas, canvas->shape());
+    canvas_refresh_visible_regions(canvas, canvas->shape());
+}
+
+void canvas_refresh_visible_regions(Canvas* canvas, const Qv::Ptr<iRegion>& region)
+{
+    if (!canvas || !region || !canvas->parent)
+        return;
+    // One pass for all: the tree holds still until the function returns.
+    Tela::VisibleRegions visible;
+    const auto store = [&visible, &region](Canvas* c) {
+        if (!c->shape() || !region_bbx_overlap(c->shape(), region))
+            return; // a canvas whose box misses the region keeps what it had
+        const Qv::Ptr<iRegion> fresh = visible.of(c);
+        // Unchanged, the stored region stays the same object: a video window
+        // takes a new one as a reason to shape itself again.
+        if (!region_eq(fresh, c->visibleRegion()))
+            c->visibleRegion(fresh);
+    };
+    for (Canvas* older = canvas->olderSibling; older; older = older->olderSibling) {
+        // A subtree is clipped to its top, so a top the region misses ends it.
+        if (!older->shape() || !region_bbx_overlap(older->shape(), region))
+            continue;
+        for (Canvas* c = canvas_walk_subtree(older, nullptr); c; c = canvas_walk_subtree(older, c))
+            store(c);
+    }
+    int steps_left = canvas_walk_limit();
+    for (Canvas* ancestor = canvas->parent; ancestor && steps_left-- > 0; ancestor = ancestor->parent)
+        store(ancestor);
 }
 
 void canvas_expose(Canvas* canvas, const Qv::Ptr<iRegion>& region)

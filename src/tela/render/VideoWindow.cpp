@@ -61,10 +61,34 @@ private:
 
 namespace {
 
+// A root has no buffer: its pixels are the window's own. The conversions to
+// buffer pixels hand a point of a canvas without a buffer back as it is,
+// bottom-up, so a video on the root (or on a lightweight canvas drawing into
+// it) is flipped here through the root's height instead.
+bool draws_into_window(Canvas* canvas)
+{
+    Canvas* draw = canvas ? canvas->getDrawCanvas() : nullptr;
+    return draw && draw->isRoot() && !draw->offscreenBuffer;
+}
+
+// The box (bottom-up, in the canvas) in the top-down pixels of the buffer it
+// draws into.
 Qv::Rectangle<int> window_rect_of(Canvas* canvas, const Qv::Box<int>& box)
 {
+    if (draws_into_window(canvas)) {
+        Canvas* root = canvas->getDrawCanvas();
+        const XY<int> offset = canvas->getDrawOffset();
+        return Qv::Rectangle<int> { box.x1 + offset.x, telaScreenYTowin32ScreenY(root, box.y2 + offset.y),
+                                    box.x2 + offset.x, telaScreenYTowin32ScreenY(root, box.y1 + offset.y) };
+    }
     return Qv::Rectangle<int> { telaXToWinX(canvas, box.x1), telaYToWinY(canvas, box.y2, Tela::eBottomUp),
                                 telaXToWinX(canvas, box.x2), telaYToWinY(canvas, box.y1, Tela::eBottomUp) };
+}
+
+// The same box in the root window's coordinates.
+Qv::Rectangle<int> root_rect_of(Canvas* canvas, const Qv::Box<int>& box)
+{
+    return draws_into_window(canvas) ? window_rect_of(canvas, box) : tela_canvasRectToRootRect(canvas, box);
 }
 
 XY<int> size_of(const Qv::Rectangle<int>& rect)
@@ -225,7 +249,7 @@ void VideoWindow::create(Canvas* target, const Qv::Box<int>& box, eDisplayMode m
     drawCanvas = canvas ? canvas->getDrawCanvas() : nullptr;
     displayMode = mode;
     windowRect = window_rect_of(canvas, box);
-    rootRect = tela_canvasRectToRootRect(canvas, box);
+    rootRect = root_rect_of(canvas, box);
     if (mode == eChildWindow && !childWindow)
         makeChildWindow();
     else
@@ -267,7 +291,7 @@ void VideoWindow::setCanvasArea(const Qv::Box<int>& box)
 {
     CriticalSection::Guard guard(lock);
     windowRect = window_rect_of(canvas, box);
-    setCanvasArea(tela_canvasRectToRootRect(canvas, box));
+    setCanvasArea(root_rect_of(canvas, box));
     setupClippingRegion(calcClippingRegion());
     refreshCompositeSnapshot();
 }
