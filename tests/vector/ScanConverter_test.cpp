@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <random>
 #include <vector>
 
 namespace {
@@ -237,6 +238,50 @@ TEST_F(ScanConverterTest, SelfIntersectingStarsFollowTheChosenRule)
     EXPECT_TRUE(path_to_region(root, 0, 1, 0)->contains({150, SIZE - 150}));
     add_polygon(star(150, 150, 100, 5, 2));
     EXPECT_FALSE(path_to_region(root, 0, 0, 0)->contains({150, SIZE - 150}));
+}
+
+// Rows come out by two roads: short rows whose edges alternate in sense,
+// and the rest (same-sense neighbours, many spans). Random polygons, some
+// of them combs with more teeth than a short row holds, cross both.
+TEST_F(ScanConverterTest, RandomPolygonsFollowTheWindingReference)
+{
+    std::mt19937 rng(7);
+    std::uniform_real_distribution<double> coordinate(10, SIZE - 10);
+    for (int round = 0; round < 24; ++round) {
+        SCOPED_TRACE(round);
+        std::vector<Polygon> shape;
+        if (round % 3 == 2) {
+            Polygon comb; // teeth pointing up from a spine along the bottom
+            const int teeth = 6 + round % 9;
+            const double width = (SIZE - 40.0) / teeth;
+            for (int tooth = 0; tooth < teeth; ++tooth) {
+                const double x = 20 + tooth * width;
+                comb.push_back({x + 0.3, 40.2});
+                comb.push_back({x + width * 0.5, 40.2 + coordinate(rng) * 0.8});
+            }
+            comb.push_back({SIZE - 20.0, 40.2});
+            comb.push_back({SIZE - 20.0, 20.7});
+            comb.push_back({20.3, 20.7});
+            shape.push_back(comb);
+        }
+        for (int polygon = 0; polygon < 1 + round % 3; ++polygon) {
+            Polygon poly;
+            for (int vertex = 0; vertex < 3 + round % 7; ++vertex)
+                poly.push_back({coordinate(rng), coordinate(rng)});
+            shape.push_back(poly);
+        }
+        for (int even_odd_form : {1, 0}) {
+            SCOPED_TRACE(even_odd_form);
+            for (const Polygon& poly : shape)
+                add_polygon(poly);
+            const RegionPtr region = path_to_region(root, 0, even_odd_form, 0);
+            const auto inside = [&](P p) {
+                const int w = winding(shape, p);
+                return even_odd_form ? w != 0 : (w % 2) != 0;
+            };
+            EXPECT_EQ(compare(region, inside, [&](P p) { return outline_distance(shape, p); }, TIE).bad, 0);
+        }
+    }
 }
 
 TEST_F(ScanConverterTest, OverlappingSquaresUniteWhenWoundAlikeAndCancelWhenNot)

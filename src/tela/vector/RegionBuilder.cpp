@@ -102,12 +102,6 @@ void RegionBuilder::appendRect(const Qv::Rectangle<int>& rect)
     push(rect);
 }
 
-void RegionBuilder::extendBand(std::size_t count, int bottom)
-{
-    for (std::size_t index = m_size - std::min(count, m_size); index < m_size; ++index)
-        m_rects[index].bottom = bottom;
-}
-
 Qv::Ptr<iRegion> RegionBuilder::create() const
 {
     Qv::Ptr<iRegion> region;

@@ -28,7 +28,11 @@ public:
     // in as it stands, never merged or split, and extendBand lowers the
     // bottom of the last `count` rectangles, a band grown by a row.
     void appendBandRect(const Qv::Rectangle<int>& rect) { push(rect); }
-    void extendBand(std::size_t count, int bottom);
+    void extendBand(std::size_t count, int bottom)
+    {
+        for (std::size_t index = m_size - (count < m_size ? count : m_size); index < m_size; ++index)
+            m_rects[index].bottom = bottom;
+    }
     // Takes back the last `count` rectangles.
     void dropLast(std::size_t count) { m_size -= count < m_size ? count : m_size; }
 

@@ -79,18 +79,9 @@ void report_once(Trouble trouble, const char* message)
     tela_splat(message);
 }
 
-// NaN goes to the low end; callers filter it before it matters.
-int to_int(double value)
-{
-    if (value >= EDGE_LIMIT)
-        return int(EDGE_LIMIT);
-    if (value > -EDGE_LIMIT)
-        return int(value);
-    return -int(EDGE_LIMIT);
-}
-
-// to_int(std::ceil(value)), without the library call or its long inline
-// form: this runs once for every transition.
+// std::ceil(value) as an int, without the library call or its long inline
+// form: this runs once for every transition. Values beyond EDGE_LIMIT give
+// the limit, and NaN goes to the low end; callers filter it before it matters.
 int ceil_to_int(double value)
 {
     if (!(value > -EDGE_LIMIT))
@@ -99,6 +90,17 @@ int ceil_to_int(double value)
         return int(EDGE_LIMIT);
     const int truncated = int(value);
     return truncated + (double(truncated) < value ? 1 : 0);
+}
+
+// std::floor(value) likewise: once for every edge.
+int floor_to_int(double value)
+{
+    if (!(value > -EDGE_LIMIT))
+        return -int(EDGE_LIMIT);
+    if (value >= EDGE_LIMIT)
+        return int(EDGE_LIMIT);
+    const int truncated = int(value);
+    return truncated - (double(truncated) > value ? 1 : 0);
 }
 
 // Links a record for x into the sorted list after head, in front of any of equal x.
@@ -201,7 +203,11 @@ void scan_begin(int xmin, int ymin, int xmax, int ymax)
 
 double scan_nudge(double v)
 {
-    return v == std::floor(v) ? v - 0.001 : v;
+    // Twice for every edge, so without std::floor: below 2^52 a fraction
+    // survives truncation through an integer; beyond, every double is whole.
+    if (std::fabs(v) < 0x1p52)
+        return double(std::int64_t(v)) == v ? v - 0.001 : v;
+    return std::isnan(v) ? v : v - 0.001;
 }
 
 void scan_add_line(double x0, double y0, double x1, double y1)
@@ -225,8 +231,8 @@ void scan_add_span(double xHigh, double yHigh, double xLow, double yLow, std::ui
 {
     if (!(yHigh > yLow)) // equal, or not numbers: nothing to sample
         return;
-    const int top = to_int(std::floor(yHigh));
-    int line = to_int(std::ceil(yLow));
+    const int top = floor_to_int(yHigh);
+    int line = ceil_to_int(yLow);
     if (line > top)
         return; // between two sampling rows
     const double slope = (xHigh - xLow) / (yHigh - yLow);
@@ -383,6 +389,56 @@ void read_row(ScanTrans* head, bool windToEvenOdd, SpanReader& spans)
     spans.flush();
 }
 
+// The spans of a short row whose transitions pair off, opening and closing
+// in opposite senses, read in one walk without touching the table: winding
+// is back at zero after every pair, so winding would drop nothing and the
+// row is already in even-odd form. Spans are joined and dropped as
+// SpanReader does.
+struct SimpleRow {
+    static constexpr int MOST_SPANS = 8;
+    int count = 0;
+    int left[MOST_SPANS];
+    int right[MOST_SPANS];
+
+    // False for a longer row, or, when winding counts, one with a pair
+    // running the same way: those take the general road.
+    bool read(const ScanTrans* record, bool windToEvenOdd, int originX)
+    {
+        while (record) {
+            const ScanTrans* const closing = record->next;
+            if (!closing)
+                return true; // an odd last record closes nothing
+            if (windToEvenOdd && !((record->direction ^ closing->direction) & 1))
+                return false;
+            const int opening = record->x + originX;
+            const int end = closing->x + originX;
+            if (end > opening) {
+                if (count > 0 && opening >= left[count - 1] && opening <= right[count - 1]) {
+                    right[count - 1] = std::max(right[count - 1], end);
+                } else {
+                    if (count == MOST_SPANS)
+                        return false;
+                    left[count] = opening;
+                    right[count] = end;
+                    ++count;
+                }
+            }
+            record = closing->next;
+        }
+        return true;
+    }
+
+    bool repeats(const Tela::RegionBuilder& builder, std::size_t band, std::size_t bandSize) const
+    {
+        if (bandSize != std::size_t(count))
+            return false;
+        for (int index = 0; index < count; ++index)
+            if (builder[band + index].left != left[index] || builder[band + index].right != right[index])
+                return false;
+        return true;
+    }
+};
+
 // scan_to_region, optionally reducing each row to even-odd form just before
 // it is read: the same table and the same region as reducing every row
 // first, in one pass over the records instead of two.
@@ -418,6 +474,21 @@ Qv::Ptr<iRegion> emit_region(Canvas* canvas, bool windToEvenOdd)
     std::size_t bandSize = 0;  // and how many it has
     for (int line = highest; line >= lowest; --line) {
         const int window_y = root_height - t.originY - line;
+        // The commonest rows by far: a few pairs of transitions, each pair
+        // running one way and back, which winding leaves as they are. Their
+        // spans are held against the band above before they go in.
+        SimpleRow simple;
+        if (simple.read(t.heads[line].next, windToEvenOdd, t.originX)) {
+            if (line < highest && simple.repeats(builder, band, bandSize)) {
+                builder.extendBand(bandSize, window_y);
+                continue;
+            }
+            band = builder.size();
+            bandSize = std::size_t(simple.count);
+            for (int index = 0; index < simple.count; ++index)
+                builder.appendBandRect({simple.left[index], window_y - 1, simple.right[index], window_y});
+            continue;
+        }
         const std::size_t row = builder.size();
         SpanReader spans(builder, t.originX, window_y);
         read_row(&t.heads[line], windToEvenOdd, spans);
