@@ -103,14 +103,33 @@ int floor_to_int(double value)
     return truncated - (double(truncated) > value ? 1 : 0);
 }
 
-// Links a record for x into the sorted list after head, in front of any of equal x.
+// ceil_to_int for a value known to lie inside the limits.
+int ceil_inside_limits(double value)
+{
+    const int truncated = int(value);
+    return truncated + (double(truncated) < value ? 1 : 0);
+}
+
+// Links a record for x into the sorted list after head, in front of any of
+// equal x. `Inside` says x is known to lie inside the limits.
+template <bool Inside = false>
 void insert_trans(ScanTrans* head, ScanTrans* record, double x, std::uint32_t direction, double slope)
 {
     ScanTrans* before = head;
     while (before->next && x > before->next->exactX)
         before = before->next;
-    new (record) ScanTrans{ceil_to_int(x), direction, x, slope, before->next};
+    new (record) ScanTrans{Inside ? ceil_inside_limits(x) : ceil_to_int(x), direction, x, slope, before->next};
     before->next = record;
+}
+
+// insert_trans for `count` rows from `line` up, x stepping by slope; returns
+// x past the last.
+template <bool Inside>
+double insert_run(ScanTrans* heads, ScanTrans* record, int line, int count, double x, std::uint32_t direction, double slope)
+{
+    for (const int end = line + count; line < end; ++line, x += slope)
+        insert_trans<Inside>(&heads[line], record++, x, direction, slope);
+    return x;
 }
 
 double clamp_coordinate(double value)
@@ -194,9 +213,10 @@ void scan_begin(int xmin, int ymin, int xmax, int ymax)
     const std::int64_t wanted = std::int64_t(ymax) - ymin + 2;
     const int lines = int(std::clamp<std::int64_t>(wanted, 0, h.recordsLeft));
     // The heads are a run of records from the first block, carved in one go.
+    // Only a head's link is ever read, so only the link is written.
     t.heads = h.bump;
     for (int line = 0; line < lines; ++line)
-        new (h.bump++) ScanTrans{};
+        (new (h.bump++) ScanTrans)->next = nullptr;
     h.recordsLeft -= lines;
     t.lines = lines;
 }
@@ -249,10 +269,16 @@ void scan_add_span(double xHigh, double yHigh, double xLow, double yLow, std::ui
     const int last = std::min(top, t.lines - 1);
     ScanHeap& h = heap();
     const int inBlock = std::min(last - line + 1, h.recordsLeft);
-    ScanTrans* record = h.bump;
-    for (const int end = line + inBlock; line < end; ++line, x += slope)
-        insert_trans(&t.heads[line], record++, x, direction, slope);
-    h.bump = record;
+    // x steps evenly: when its first and last values in the run are well
+    // inside the limits (and numbers), so is every x, and the run can skip
+    // the checks a record would otherwise make.
+    constexpr double INSIDE = EDGE_LIMIT / 2;
+    const double lastX = x + (inBlock - 1) * slope;
+    x = std::fabs(x) < INSIDE && std::fabs(lastX) < INSIDE
+            ? insert_run<true>(t.heads, h.bump, line, inBlock, x, direction, slope)
+            : insert_run<false>(t.heads, h.bump, line, inBlock, x, direction, slope);
+    line += inBlock;
+    h.bump += inBlock;
     h.recordsLeft -= inBlock;
     for (; line <= last; ++line, x += slope) {
         if (!scan_add_trans(x, line, direction, slope))
