@@ -1,5 +1,5 @@
 # The two commands of the README: `make demo` and `make test`. `make bench` for the figures,
-# `make fuzz` to fuzz (FUZZ_SECONDS a fuzzer, 60 by default).
+# `make fuzz` to fuzz (FUZZ_SECONDS a fuzzer, 300 by default).
 BUILD      ?= build
 GENERATOR  := $(shell command -v ninja >/dev/null 2>&1 && echo "-G Ninja")
 CTEST_ARGS := --output-on-failure --timeout 900
@@ -71,7 +71,7 @@ bench: deps-bench
 # code the corpus did not reach are merged into it, so the corpus stays small.
 # A crash, a broken rule or a hang (an input slower than FUZZ_TIMEOUT seconds)
 # stops the run, and the input is left under $(BUILD)/fuzz/artifacts.
-FUZZ_SECONDS ?= 60
+FUZZ_SECONDS ?= 300
 FUZZ_TIMEOUT ?= 10
 FUZZERS      := $(patsubst tests/fuzz/%.cpp,%,$(wildcard tests/fuzz/*_fuzz.cpp))
 fuzz: deps-fuzz
