@@ -235,7 +235,8 @@ struct DragScene {
         const int w = WIDTH / columns, h = HEIGHT / rows;
         for (int i = 0; i < count; ++i) {
             const int left = i % columns * w, top = i / columns * h;
-            Canvas* tile = add(root, TopDownRect{left, top, left + w, top + h}, 0xFF000000u | static_cast<std::uint32_t>(i * 2654435761u >> 8));
+            const std::uint32_t colour = 0xFF000000u | (static_cast<std::uint32_t>(i) * 2654435761u >> 8);
+            Canvas* tile = add(root, TopDownRect{left, top, left + w, top + h}, colour);
             if (i % 3 == 0)
                 add(tile, TopDownRect{left + w / 4, top + h / 4, left + w - w / 4, top + h - h / 4}, 0xFFFFFFFFu);
         }
