@@ -3,8 +3,10 @@
 // and a small repaint of one 32x32 canvas. Then the full repaint of a window
 // whose n sibling canvases overlap, for n from 50 to 5,000: what each canvas
 // shows is worked out against all those above it, and the curve should stay
-// near linear. Last, a whole frame of the composited road over 50 cards, with
-// and without a shadow round each, against the same memcpy.
+// near linear. Then a whole frame of the composited road over 50 cards, with
+// and without a shadow round each, against the same memcpy. Last, one step of
+// a drag: a canvas moved a few pixels over a window tiled with n siblings,
+// with the repaint that follows, for n from 100 to 1,000.
 
 #include "tela/state/TelaState.h"
 #include "tela/canvas/Canvas.h"
@@ -214,6 +216,79 @@ void BM_OverlappingSiblings(benchmark::State& state)
     state.SetComplexityN(state.range(0));
 }
 
+// A window tiled edge to edge with n opaque canvases, every third holding a
+// smaller one of its own, and a 240x180 canvas on top of them all that is
+// dragged over them: what one step of the drag costs, the move and the
+// repaint of what it uncovers and covers, as a user's drag pays it.
+struct DragScene {
+    explicit DragScene(int count)
+    {
+        iRootWindow::InitArgs args;
+        args.size = {WIDTH, HEIGHT};
+        root = tela_createRootCanvas(args);
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        // Columns to rows as the window's sides are, so the tiles stay near square.
+        int columns = 1;
+        while (columns * columns * HEIGHT < count * WIDTH)
+            ++columns;
+        const int rows = (count + columns - 1) / columns;
+        const int w = WIDTH / columns, h = HEIGHT / rows;
+        for (int i = 0; i < count; ++i) {
+            const int left = i % columns * w, top = i / columns * h;
+            const std::uint32_t colour = 0xFF000000u | (static_cast<std::uint32_t>(i) * 2654435761u >> 8);
+            Canvas* tile = add(root, TopDownRect{left, top, left + w, top + h}, colour);
+            if (i % 3 == 0)
+                add(tile, TopDownRect{left + w / 4, top + h / 4, left + w - w / 4, top + h - h / 4}, 0xFFFFFFFFu);
+        }
+        dragged = add(root, TopDownRect{0, 0, 240, 180}, 0xFFFF0000u);
+    }
+    ~DragScene()
+    {
+        tela_state().rootWindows.clear();
+        event_set_kbd_focus(nullptr);
+        tela_setcanvas(nullptr);
+        tela_deletecanvas(root);
+    }
+
+    Canvas* add(Canvas* parent, const TopDownRect& rect, std::uint32_t argb)
+    {
+        Canvas* c = tela_newcanvas(nullptr, parent);
+        tela_placecanvas(c, rect);
+        Qv::dynamicCast<Headless::HostImage>(c->offscreenBuffer)->fill(argb);
+        canvupd_mark_all(c);
+        return c;
+    }
+
+    // Four pixels across and two up a step (the matrix counts y up, as its
+    // extents do), turning at the window's edges.
+    void step()
+    {
+        const Qv::Box<int> box = dragged->getExtents();
+        if (box.x1 + dx < 0 || box.x2 + dx > WIDTH)
+            dx = -dx;
+        if (box.y1 + dy < 0 || box.y2 + dy > HEIGHT)
+            dy = -dy;
+        tela_translatecanvas(dragged, dx, dy);
+    }
+
+    RootCanvas* root = nullptr;
+    Canvas* dragged = nullptr;
+    int dx = 4, dy = 2;
+};
+
+void BM_DragOverSiblings(benchmark::State& state)
+{
+    DragScene scene(static_cast<int>(state.range(0)));
+    const auto window = Qv::dynamicCast<Headless::RootWindow>(scene.root->window);
+    for (auto _ : state)
+        scene.step(); // the move's own deferrer repaints as it ends
+    state.SetComplexityN(state.range(0));
+    // The dragged canvas shows where it is now, and what it left shows again.
+    Qv::Box<int> box; // top-down, as the window's pixels are
+    scene.dragged->shape()->getBox(box);
+    state.counters["dragged_shown"] = window->pixels()->pixelAt(box.x1 + 1, box.y1 + 1) == 0xFFFF0000u;
+}
+
 } // namespace
 
 BENCHMARK(BM_FullRepaint)->Name("full_repaint_1920x1080_50_canvases/tela")->Unit(benchmark::kMillisecond);
@@ -229,4 +304,11 @@ BENCHMARK(BM_OverlappingSiblings)
     ->Arg(500)
     ->Arg(5000)
     ->Unit(benchmark::kMillisecond)
+    ->Complexity();
+BENCHMARK(BM_DragOverSiblings)
+    ->Name("drag_step_over_siblings/tela")
+    ->Arg(100)
+    ->Arg(300)
+    ->Arg(1000)
+    ->Unit(benchmark::kMicrosecond)
     ->Complexity();

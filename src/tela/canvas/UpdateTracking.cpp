@@ -357,14 +357,28 @@ RegionPtr subtract_children(RegionPtr result, Canvas* parent, const RegionPtr& c
 {
     if (!parent || !result || !region_bbx_overlap(result, parent->shape()))
         return result;
+    // A rectangular clip leaves a child inside it as it is: no copy is made.
+    Qv::Box<int> clip_box;
+    const bool clip_is_box = region_is_rect(clip) != 0;
+    if (clip_is_box)
+        clip->getBox(clip_box);
     for (Canvas* child = parent->oldestChild; child && result; child = child->youngerSibling) {
-        if (!child->mapped)
+        // Everything on a child lies within its shape: one whose box misses
+        // what is left takes nothing from it, nor does anything on it.
+        if (!child->mapped || !region_bbx_overlap(result, child->shape()))
             continue;
-        const RegionPtr child_clip = region_intersect(child->shape(), clip);
+        Qv::Box<int> child_box;
+        child->shape()->getBox(child_box);
+        const RegionPtr child_clip = clip_is_box && clip_box.intersected(child_box) == child_box
+            ? child->shape()
+            : region_intersect(child->shape(), clip);
         // A translucent child hides nothing of a parent below it, except of
         // the root, which is never composed with what it shows through.
-        if (is_heavyweight(child) && (child->isOpaque() || parent->isRoot()))
+        if (is_heavyweight(child) && (child->isOpaque() || parent->isRoot())) {
+            // What is on it is clipped to what was just taken away.
             result = region_subtract(result, child_clip, true);
+            continue;
+        }
         result = subtract_children(result, child, child_clip);
     }
     return result;
@@ -537,7 +551,8 @@ RegionPtr Tela::VisibleRegions::uncovered(Canvas* canvas)
         Canvas* const child = family.next;
         family.next = child->olderSibling;
         const RegionPtr shown = child->mapped ? region_intersect(child->shape(), family.uncovered) : nullptr;
-        if (family.uncovered && child->mapped && is_heavyweight(child))
+        // A child that shows nothing of what is left covers nothing of it.
+        if (shown && is_heavyweight(child))
             family.uncovered = region_subtract(family.uncovered, child->shape(), true);
         m_uncovered[child] = shown;
         if (child == canvas) {
