@@ -3,8 +3,9 @@
 // the first shows every drawing primitive, the second text (wrapped, fitted,
 // justified), the third a page of cards that change colour when clicked, the
 // fourth help text in markup whose link turns to a second page, the fifth
-// canvases cut to shape by paths, the sixth a video. A marker runs along the
-// status bar on the library's tick.
+// canvases cut to shape by paths, the sixth a video. The status bar names the
+// page shown; a marker runs along it on the library's tick, under a pane of
+// frosted glass that counts the ticks.
 //
 // With a display it opens a window (close it to end). Without one, or with
 // TELA_BACKEND=headless, it plays a short scripted session on the headless
@@ -46,6 +47,7 @@
 #include "HTMLPanel.h"
 #include "PathsPanel.h"
 #include "ShapesPanel.h"
+#include "StatusBar.h"
 #include "TextPanel.h"
 #include "TooltipPanel.h"
 #include "VideoPanel.h"
@@ -331,26 +333,35 @@ private:
         }
         Canvas* status = top_level(root, 176, 292, 448, 92, packed(60, 66, 78), makeCurvedRegion({448, 92}, 15, eLargeCorners));
         cast_shadow(status, 6, 0.35f);
-        // The marker runs along the status bar, one step a tick.
-        Canvas* marker = panel(status, 196, 364, 40, 8, packed(120, 200, 255));
+        // What the page shown is, left of where the glass will lie.
+        m_status_line = panel(status, 192, 304, StatusBar::LINE_WIDTH, StatusBar::LINE_HEIGHT, packed(60, 66, 78));
+        // The marker runs along the status bar, one step a tick. Its lowest
+        // rows pass below the glass: a frame leaves out a canvas that a
+        // younger one covers wholly, translucent or not, and the marker is
+        // there to be seen through the pane.
+        Canvas* marker = panel(status, 196, 366, 40, 8, packed(120, 200, 255));
         marker->interest |= EventType::TIMER_CLASS;
         m_clients.push_back(Qv::make<Reacting>([this, marker](const Event& e) {
             if (e.type != EventType::TIMER_TICK)
                 return false;
             m_marker_steps = (m_marker_steps + 1) % 48;
             tela_translatecanvas(marker, m_marker_steps == 0 ? -8 * 47 : 8, 0);
+            StatusBar::paintGlass(m_glass, ++m_ticks, Palette::getDefault());
             return true;
         }));
         marker->client = static_cast<CanvasClient*>(m_clients.back().get());
         // A pane of frosted glass over the status bar, where the marker runs under it.
-        Canvas* glass = top_level(root, 440, 300, 168, 72, packed(255, 255, 255));
-        glass->setOpacity(0.6);
-        cast_shadow(glass, 8, 0.3f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
+        // On it, the count of ticks.
+        m_glass = top_level(root, 440, 300, StatusBar::GLASS_WIDTH, StatusBar::GLASS_HEIGHT, packed(255, 255, 255));
+        m_glass->setOpacity(0.6);
+        cast_shadow(m_glass, 8, 0.3f, SurroundParams::BOTTOM | SurroundParams::RIGHT);
+        StatusBar::paintGlass(m_glass, m_ticks, Palette::getDefault());
         show_page();
         tela_setcanvas(nullptr);
     }
 
-    // One page for each sidebar entry.
+    // One page for each sidebar entry; the status line names it in the
+    // words of the entry's tool tip.
     void show_page()
     {
         Canvas* const pages[SIDEBAR_ENTRIES] = {m_shapes_page, m_text_page, m_cards_page,
@@ -358,6 +369,8 @@ private:
         Canvas* page = pages[m_selected];
         if (page)
             canvas_pop_to_top(page, false);
+        StatusBar::paintLine(m_status_line, WString(SIDEBAR_LABELS[m_selected]),
+                             resourceStrW(TIP_FIRST_PAGE + static_cast<ResId>(m_selected)), Palette::getDefault());
     }
 
     // A panel straight on the root, remembered so that end() can delete it.
@@ -497,12 +510,15 @@ private:
     Canvas* m_html_page = nullptr;
     Canvas* m_paths_page = nullptr;
     Canvas* m_video_page = nullptr;
+    Canvas* m_status_line = nullptr; // on the status bar
+    Canvas* m_glass = nullptr;       // on the root, over the status bar
     Qv::Ptr<VideoPage::Player> m_player; // also among m_clients: it is the video canvas's client
     HTMLPage m_html;
     int m_wrap_width = TextPage::NARROW_BOX;
     bool m_card_lit[3] = {false, false, false};
     int m_selected = 0;
     int m_marker_steps = 0;
+    unsigned m_ticks = 0; // wraps to 0 after 2^32 ticks, years on
     std::vector<Qv::Ptr<EventHandler>> m_steps; // the scripted session's
     Canvas* m_tip = nullptr;                     // the tool tip showing, on the root
     Qv::Ptr<EventHandler> m_tip_timer;           // until it shows
