@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bitset>
 #include <climits>
 #include <random>
@@ -315,6 +316,31 @@ TEST(ImageRegions, OpaquePixelsMakeTheShape)
         EXPECT_EQ(tela_buildRegionFromImage(nullptr), nullptr);
     }
     EXPECT_EQ(live_blocks(), before);
+}
+
+// Long runs of opaque and clear pixels, odd widths and faint alphas: every
+// pixel with any alpha is in the shape, and no other.
+TEST(ImageRegions, RunsOfAnyLengthAndFaintAlphaFollowThePixels)
+{
+    std::mt19937 random(7);
+    for (const int width : {1, 2, 3, 9, 64, 101}) {
+        SCOPED_TRACE(width);
+        auto image = Headless::HostImage::create({width, 6});
+        const auto guard = image->lock();
+        for (int y = 0; y < 6; ++y) {
+            std::uint8_t alpha = 0;
+            for (int x = 0; x < width; ++x) {
+                if (random() % 5 == 0)
+                    alpha = std::array<std::uint8_t, 4>{0, 1, 128, 255}[random() % 4];
+                guard->pixels()[y * guard->stride() + x * 4 + 3] = alpha;
+            }
+        }
+        const RegionPtr r = tela_buildRegionFromImage(image);
+        for (int y = 0; y < 6; ++y)
+            for (int x = 0; x < width; ++x)
+                ASSERT_EQ(r && r->contains({x, y}), guard->pixels()[y * guard->stride() + x * 4 + 3] > 0)
+                    << x << "," << y;
+    }
 }
 
 TEST(CanvasRegions, FlipsBetweenTheRootAndTheWindow)
