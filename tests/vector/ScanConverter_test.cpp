@@ -154,6 +154,19 @@ protected:
         r->getBox(b);
         return {b.x1, b.y1, b.x2, b.y2};
     }
+    // Fills `shape` by the chosen rule and returns how many pixels away from
+    // its outline disagree with the winding reference.
+    int misplaced_pixels(const std::vector<Polygon>& shape, int even_odd_form)
+    {
+        for (const Polygon& poly : shape)
+            add_polygon(poly);
+        const RegionPtr region = path_to_region(root, 0, even_odd_form, 0);
+        const auto inside = [&](P p) {
+            const int w = winding(shape, p);
+            return even_odd_form ? w != 0 : (w % 2) != 0;
+        };
+        return compare(region, inside, [&](P p) { return outline_distance(shape, p); }, TIE).bad;
+    }
 
     Canvas* root = nullptr;
     ReportCapture reports;
@@ -221,16 +234,7 @@ TEST_F(ScanConverterTest, SelfIntersectingStarsFollowTheChosenRule)
     for (const std::vector<Polygon>& shape : stars) {
         for (int even_odd_form : {1, 0}) {
             SCOPED_TRACE(even_odd_form);
-            for (const Polygon& poly : shape)
-                add_polygon(poly);
-            const RegionPtr region = path_to_region(root, 0, even_odd_form, 0);
-            const auto inside = [&](P p) {
-                const int w = winding(shape, p);
-                return even_odd_form ? w != 0 : (w % 2) != 0;
-            };
-            const Comparison result =
-                compare(region, inside, [&](P p) { return outline_distance(shape, p); }, TIE);
-            EXPECT_EQ(result.bad, 0);
+            EXPECT_EQ(misplaced_pixels(shape, even_odd_form), 0);
         }
     }
     // The centre of the five-pointed star tells the two rules apart.
@@ -272,14 +276,7 @@ TEST_F(ScanConverterTest, RandomPolygonsFollowTheWindingReference)
         }
         for (int even_odd_form : {1, 0}) {
             SCOPED_TRACE(even_odd_form);
-            for (const Polygon& poly : shape)
-                add_polygon(poly);
-            const RegionPtr region = path_to_region(root, 0, even_odd_form, 0);
-            const auto inside = [&](P p) {
-                const int w = winding(shape, p);
-                return even_odd_form ? w != 0 : (w % 2) != 0;
-            };
-            EXPECT_EQ(compare(region, inside, [&](P p) { return outline_distance(shape, p); }, TIE).bad, 0);
+            EXPECT_EQ(misplaced_pixels(shape, even_odd_form), 0);
         }
     }
 }
