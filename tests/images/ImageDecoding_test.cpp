@@ -13,7 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 using PictureFiles::Bytes;
 
@@ -156,8 +158,9 @@ TEST(ImageDecoding, BadInputGivesAMessageAndNoImageAndKeepsNoMemory)
     Bytes noise(500);
     for (std::size_t at = 0; at < noise.size(); ++at)
         noise[at] = static_cast<std::uint8_t>(at * 151 + 7);
-    Bytes png_with_noise(png.begin(), png.begin() + 33);   // a good header, then rubbish
-    png_with_noise.insert(png_with_noise.end(), noise.begin(), noise.end());
+    Bytes png_with_noise(33 + noise.size());   // a good header, then rubbish
+    std::copy_n(png.begin(), 33, png_with_noise.begin());
+    std::copy(noise.begin(), noise.end(), png_with_noise.begin() + 33);
     // A palette picture whose next chunk claims to be almost 2 GB long.
     const Bytes huge_chunk = {0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48,
                               0x44, 0x52, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x03, 0x01, 0x03, 0x00, 0x00,
@@ -243,4 +246,31 @@ TEST(ImageDecoding, FilesAreReadWholeAndAMissingOneIsReported)
     reports.clear();
     EXPECT_FALSE(QvImage::Loader::loadSurface(fromUTF8(path.c_str()), format).hasPixels());
     EXPECT_EQ(reports.text(), "QvImage::Loader::loadSurface: pixel order ARGB is not one it writes\n");
+}
+
+// What is saved reads back as it was, and an icon is scaled to the size asked
+// for, or not at all when that size is empty.
+TEST(ImageDecoding, SavedPicturesReadBackAndIconsResize)
+{
+    TemporaryDirectory directory;
+    auto picture = Headless::HostImage::create({4, 4});
+    ASSERT_TRUE(picture);
+    picture->fill(0xff204080u);
+    const WString path = fromUTF8(directory.file("saved.png").c_str());
+    ASSERT_TRUE(QvImage::Saver::saveImage(picture, path));
+    EXPECT_FALSE(QvImage::Saver::saveImage(nullptr, path));
+
+    const Qv::Ptr<iHostImage> loaded = QvImage::Loader::loadImage(path);
+    ASSERT_TRUE(loaded);
+    const Qv::Ptr<iHostImage> larger = QvImage::createResizedIcon(loaded, {6, 6});
+    ASSERT_TRUE(larger);
+    XY<int> size;
+    larger->getSize(size);
+    EXPECT_EQ(size, XY<int>(6, 6));
+    const Qv::Ptr<iPixelGuard> guard = larger->lock();
+    std::uint32_t middle;
+    std::memcpy(&middle, guard->pixels() + 3 * guard->stride() + 3 * 4, 4);
+    EXPECT_EQ(middle, 0xff204080u);
+    EXPECT_FALSE(QvImage::createResizedIcon(loaded, {0, 6}));
+    EXPECT_FALSE(QvImage::createResizedIcon(nullptr, {6, 6}));
 }

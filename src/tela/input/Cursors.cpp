@@ -9,7 +9,7 @@
 #include "tela/events/Deferred.h"
 #include "tela/input/MouseState.h"
 #include "tela/platform/iFileSystemService.h"
-#include "tela/platform/iImagingService.h"
+#include "tela/platform/ImageLoader.h"
 #include "tela/platform/iSystemInfo.h"
 #include "tela/platform/OS.h"
 #include "tela/state/TelaState.h"
@@ -72,7 +72,9 @@ Qv::Ptr<iCursor> make_cursor(MouseCursorID id)
     Qv::Ptr<iCursor> cursor;
     const WString file = tela_getCursorFile(id);
     Qv::Ptr<iHostImage> image;
-    if (!file.empty() && icons_folder_present() && OS()->imaging()->loadImage(image, file) && image) {
+    if (!file.empty() && icons_folder_present())
+        image = QvImage::Loader::loadImage(file);
+    if (image) {
         const float scale = OS()->systemInfo()->uiScale();
         if (scale != 1.0f) {
             XY<int> size;
@@ -80,12 +82,11 @@ Qv::Ptr<iCursor> make_cursor(MouseCursorID id)
             const auto scaled = [scale](int side) {
                 return static_cast<int>(static_cast<std::uint16_t>(std::trunc(side * scale + 0.5)));
             };
-            Qv::Ptr<iHostImage> resized;
-            if (OS()->imaging()->resizeImage(resized, image, XY<int>(scaled(size.x), scaled(size.y))))
-                image = resized;
+            image = QvImage::createResizedIcon(image, XY<int>(scaled(size.x), scaled(size.y)));
         }
-        OS()->windowing()->createCursor(cursor, image, hot_spot(image));
     }
+    if (image)
+        OS()->windowing()->createCursor(cursor, image, hot_spot(image));
     if (!cursor)
         OS()->windowing()->createStockCursor(cursor, id);
     return cursor;

@@ -80,3 +80,16 @@ Qv::Ptr<iHostImage> QvImage::Loader::decodeImage(const std::uint8_t* bytes, std:
         return nullptr;
     return image;
 }
+
+bool QvImage::Saver::saveImage(const Qv::Ptr<iImage>& image, const WString& name, const configb&)
+{
+    return image && !name.empty() && OS()->imaging()->saveImage(image, name);
+}
+
+Qv::Ptr<iHostImage> QvImage::createResizedIcon(const Qv::Ptr<iHostImage>& image, const XY<int>& size)
+{
+    Qv::Ptr<iHostImage> resized;
+    if (!image || size.x <= 0 || size.y <= 0 || !OS()->imaging()->resizeImage(resized, image, size))
+        return nullptr;
+    return resized;
+}

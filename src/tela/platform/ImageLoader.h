@@ -7,6 +7,8 @@
 //   copies into a buffer of its own.
 // Both take a file name and give an empty result, after the imaging service's
 // message, when the file is missing or cannot be decoded. Any thread.
+// QvImage::Saver writes a picture to a PNG file, and createResizedIcon scales
+// a small picture, a cursor's or an icon's, to another size.
 #pragma once
 
 #include "tela/core/LightweightString.h"
@@ -84,5 +86,21 @@ public:
     // Encoded bytes (PNG or JPEG) in memory; `name` is what messages call them.
     static Qv::Ptr<iHostImage> decodeImage(const std::uint8_t* bytes, std::size_t size, const WString& name);
 };
+
+// How a picture is written. The one form written today is PNG at the codec's
+// usual compression, which a default record asks for.
+struct configb {
+};
+
+class Saver {
+public:
+    // Writes `image` to the file `name` through the imaging service, which
+    // reports a failure; false then, or when there is no image.
+    static bool saveImage(const Qv::Ptr<iImage>& image, const WString& name, const configb& config = configb());
+};
+
+// `image` scaled to `size`; null when either side of `size` is not positive
+// or the image cannot be scaled (it is not 32-bit host pixels).
+Qv::Ptr<iHostImage> createResizedIcon(const Qv::Ptr<iHostImage>& image, const XY<int>& size);
 
 } // namespace QvImage

@@ -18,6 +18,7 @@
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/core/CriticalSection.h"
 #include "tela/core/Log.h"
+#include "tela/platform/ImageLoader.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/iImagingService.h"
 #include "tela/platform/iShellService.h"
@@ -716,5 +717,5 @@ void CanvasRenderer::saveCanvasImage()
     if (!folder.empty() && folder[folder.size() - 1] != u'/')
         folder += u'/';
     folder += WString(u"Canvas.png");
-    OS()->imaging()->saveImage(host, folder);
+    QvImage::Saver::saveImage(host, folder, QvImage::configb());
 }
