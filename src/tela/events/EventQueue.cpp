@@ -187,7 +187,7 @@ private:
 // death that follows still finds it. A flush for a live handler cannot rule
 // them out by its pointers, and walks while any is queued.
 struct Queue {
-    CriticalSection lock; // "event queue lock"
+    CriticalSection eventQueueLock; // "event queue lock"
     Event* head = nullptr; // newest
     Event* tail = nullptr; // oldest
     PointerCounts targets;
@@ -345,7 +345,7 @@ void send(Event* event, bool checkTarget, bool ownsHandler)
     if (!event || (!event->canvas && !event->handler))
         return;
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     if (checkTarget && !EventHandler::valid(event->getEventHandlerObj(), IdStamp(0, 0, 0)))
         return;
     Event* copy = new Event(*event);
@@ -386,7 +386,7 @@ void event_send_idempotent(Event* event, bool replace)
         return;
     }
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     if (event->type == EventType::MESSAGE || event->type == EventType::MESSAGE_RESERVED) {
         EventHandler* target = event->getEventHandlerObj();
         for (Event* queued = q.head; queued; queued = queued->next) {
@@ -431,7 +431,7 @@ Event* event_receive()
     Event* event = nullptr;
     for (;;) {
         {
-            CriticalSection::Guard guard(q.lock);
+            CriticalSection::Guard guard(q.eventQueueLock);
             event = q.tail;
             if (event)
                 unlink(q, event);
@@ -469,7 +469,7 @@ void event_free(Event* event)
 void event_flush(Canvas* canvas, int mask, bool keepPairs)
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     bool saw_right_down = false;
     bool saw_left_down = false;
     iObject* identity = canvas;
@@ -505,7 +505,7 @@ namespace {
 void flush_handler(EventHandler* handler, int mask, bool keepPairs, bool dying)
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     // Nothing live names it: the walk would change nothing. Both flushes of a
     // dying handler come here; each still takes the lock, so the second still
     // waits for a checked send that found the handler registered.
@@ -548,7 +548,7 @@ void event_flush(EventHandler* handler, int mask, bool keepPairs)
 void event_flush_and_leave(EventHandler* handler, void (*leave)(EventHandler*))
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock); // re-entrant: the flush takes it again
+    CriticalSection::Guard guard(q.eventQueueLock); // re-entrant: the flush takes it again
     flush_handler(handler, 0, false, true);
     leave(handler);
 }
@@ -574,7 +574,7 @@ void event_owned_handler_release(void* block, std::size_t bytes)
 bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* canvas, const Qv::Ptr<iObject>& data)
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     for (Event* queued = q.head; queued; queued = queued->next) {
         ++q.steps;
         if (queued->type == type && queued->canvas == canvas && queued->msg().view() == name.view()) {
@@ -598,7 +598,7 @@ bool event_replace_queued_data(std::uint32_t type, const String& name, Canvas* c
 int event_pending(Canvas* canvas, int mask)
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     for (const Event* event = q.head; event; event = event->next, ++q.steps)
         if ((!canvas || canvas == event->canvas) && event->type != 0 && matches(*event, mask))
             return 1;
@@ -618,6 +618,6 @@ void event_set_kbd_focus(Canvas* canvas)
 std::uint64_t event_queue_steps()
 {
     Queue& q = queue();
-    CriticalSection::Guard guard(q.lock);
+    CriticalSection::Guard guard(q.eventQueueLock);
     return q.steps;
 }
