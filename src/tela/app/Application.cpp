@@ -89,14 +89,6 @@ void forget_gamma_tables()
     vlib_forget();
 }
 
-// The two default fonts, plain and bold, loaded when the window opens so that
-// the first text drawn does not wait for them.
-void load_default_fonts()
-{
-    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 0);
-    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 1);
-}
-
 // A background task that calls a member of an object with a message and the
 // task's log.
 template <typename Object, typename Message>
@@ -168,7 +160,6 @@ void Tela::Application::run()
     }
     // The library made this root and ends it in shutdown(); the program must not.
     root->canvasFlags |= Canvas::APPLICATION_ROOT;
-    load_default_fonts();
     atShutdown(handleShutdown, LIBRARY_SHUTDOWN_PRIORITY);
     // The library stays up when the loop ends: the program still ends its
     // canvases, then calls shutdown().

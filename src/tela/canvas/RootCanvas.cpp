@@ -17,6 +17,7 @@
 #include "tela/platform/iWindowingService.h"
 #include "tela/platform/OS.h"
 #include "tela/state/TelaState.h"
+#include "tela/text/Fonts.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Regions.h"
 
@@ -183,6 +184,10 @@ RootCanvas* tela_createRootCanvas(const iRootWindow::InitArgs& args)
         tela_shader(Tela::Shader::RoundedRectangle);
         tela_shader(Tela::Shader::Ellipse);
     }
+    // The default fonts, plain and bold, so that the first text drawn does not
+    // wait for them.
+    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 0);
+    Tela::loadFont(getDefaultFontName(0), getDefaultFontSize(), 1);
     // The first whole-window paint: a new window's frame is empty, and not
     // every platform asks for a paint when it first shows. On the host road
     // this paints the backdrop now; on a composited window it asks for a frame.
