@@ -61,8 +61,8 @@ class RasterImage : public virtual Qv::InternalRefCount, public virtual iVirtual
 public:
     // Lifetime
     RasterImage();                                        // nothing loaded
-    explicit RasterImage(const WString& name);            // initImage(name, true)
-    explicit RasterImage(Qv::Ptr<iImage> image);          // initImage(image)
+    RasterImage(const WString& name);                     // initImage(name, true)
+    RasterImage(Qv::Ptr<iImage> image);                   // initImage(image)
     RasterImage(const RasterImage& other);                // member copy (see the quirk above)
     // Nothing when both give the same getBitmap(); otherwise a private copy of
     // the other's pixels.
