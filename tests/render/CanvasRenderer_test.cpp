@@ -121,10 +121,15 @@ TEST_F(CanvasRendererTest, TheGuardDrawsOnlyWhatMeetsTheClipBoxAndRecordsTheClip
     renderer.render(Tela::RectDescription(Box{10, 10, 40, 40}, RED));
     renderer.render(Tela::RectDescription(Box{30, 30, 40, 40}, RED)); // misses the clip box
     renderer.render(Tela::RectDescription(Box{5, 5, 5, 9}, RED));     // no width
-    renderer.render(Tela::RectDescription(Box{9, 9, 5, 5}, RED));     // inverted
     EXPECT_EQ(recorder->operations(), "drawRects");
     ASSERT_EQ(renderer.modifiedAreas.size(), 1u);
     EXPECT_EQ(renderer.modifiedAreas[0], (Box{10, 10, 20, 20}));
+    // Back to front is drawn, its corners in order; it must still meet the clip box.
+    recorder->clear();
+    renderer.render(Tela::RectDescription(Box{40, 40, 30, 30}, RED));
+    renderer.render(Tela::RectDescription(Box{9, 9, 5, 5}, RED));
+    EXPECT_EQ(recorder->operations(), "drawRects");
+    EXPECT_EQ(renderer.modifiedAreas[0], (Box{5, 5, 20, 20}));
     renderer.clear();
     recorder->clear();
 

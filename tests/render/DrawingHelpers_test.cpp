@@ -254,24 +254,29 @@ TEST_F(DrawingHelpersTest, SquircleCornersAreQuarterEllipsesAndTheBottomRightOne
     EXPECT_EQ(rectangles(), (std::vector<Box>{{10, 15, 14, 40}, {36, 10, 40, 35}, {10, 36, 35, 40}, {15, 10, 40, 14}}));
 }
 
-TEST_F(DrawingHelpersTest, SquircleBadInputGivesEmptyPiecesNotFailures)
+TEST_F(DrawingHelpersTest, PiecesThatComeOutBackToFrontAreDrawnAndEmptyOnesAreNot)
 {
     CanvasRenderer renderer(canvas, Box{});
     recorder->clear();
-    // x1 well above y1: the bottom-right quarter's box comes out upside down
-    // and is left out; the rectangles still come.
+    // x1 well above y1: the bottom-right quarter's box comes out upside down,
+    // and is drawn with its corners in order.
     Tela::drawSquircleFilled(renderer, Box{60, 0, 80, 20}, RED, 4, 8);
-    EXPECT_EQ(recorder->operations(), "drawRects drawRects drawRects");
+    EXPECT_EQ(recorder->operations(), "drawEllipses drawRects drawRects drawRects");
     // A radius larger than the box: the top and bottom strips reach past it,
-    // and the middle one is inverted and left out.
+    // and the middle one, back to front, covers the box between them.
     recorder->clear();
     Tela::drawSquircleFilled(renderer, Box{0, 0, 10, 10}, RED, 40, 0);
-    EXPECT_EQ(rectangles(), (std::vector<Box>{{0, -30, 10, 10}, {0, 0, 10, 40}}));
-    // Nothing is left of an inverted or empty box's frame.
+    EXPECT_EQ(rectangles(), (std::vector<Box>{{0, -30, 10, 10}, {0, -30, 10, 40}, {0, 0, 10, 40}}));
+    // A small rounded box keeps its middle rows: the fifth strip, (0, 3, 20, 1),
+    // covers rows 1 and 2 at full width.
     recorder->clear();
-    Tela::drawFrame(renderer, RED, Box{10, 10, 0, 0}, 2);
+    Tela::drawRoundedRectFilled(renderer, RED, Box{0, 0, 20, 4}, 15);
+    ASSERT_EQ(recorder->callCount(), 5u);
+    EXPECT_EQ(rectangles().back(), (Box{0, 1, 20, 3}));
+    // Pieces of no width or height are left out.
+    recorder->clear();
     Tela::drawDepthBox(renderer, RED, Box{10, 10, 10, 30}, 0, 0);
-    Tela::drawRoundedRectFilled(renderer, RED, Box{5, 5, 5, 5}, 15);
+    Tela::drawRoundedRectFilled(renderer, RED, Box{5, 5, 5, 5}, 0);
     EXPECT_EQ(recorder->callCount(), 0u);
 }
 

@@ -70,6 +70,12 @@ struct Box {
     // True when the boxes share at least one pixel; touching edges share none.
     constexpr bool intersects(const Box& other) const { return !intersected(other).isEmpty(); }
 
+    // The same box with its corners in order: x1 <= x2 and y1 <= y2.
+    [[nodiscard]] constexpr Box ordered() const
+    {
+        return Box {x1 < x2 ? x1 : x2, y1 < y2 ? y1 : y2, x1 < x2 ? x2 : x1, y1 < y2 ? y2 : y1};
+    }
+
     // The smallest box covering both. An empty box covers nothing and adds
     // nothing: the union of an empty box and `other` is `other`.
     constexpr void unite(const Box& other)

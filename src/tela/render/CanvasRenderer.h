@@ -165,11 +165,13 @@ void CanvasRenderer::render(const Description& description)
 {
     if (!valid)
         return;
-    Qv::Box<int> extents = description.getExtents();
-    if (clipRect.width() != 0 && clipRect.height() != 0) {
-        extents.intersect(clipRect);
-    }
-    // Boxes that miss the clip, and inverted ones, have no area to draw.
+    // A box given back to front is drawn: the conversion puts its corners in
+    // order, and the helpers' pieces of a box smaller than their steps come
+    // out that way. Only one of no width or height, or one that misses the
+    // clip box, is left out.
+    Qv::Box<int> extents = description.getExtents().ordered();
+    if (clipRect.width() != 0 && clipRect.height() != 0)
+        extents.intersect(clipRect.ordered());
     if (extents.isEmpty())
         return;
     renderPrimitive(description);
