@@ -235,7 +235,7 @@ Headless::SoftwareRenderer::~SoftwareRenderer()
     pixman_image_unref(m_target);
 }
 
-void Headless::SoftwareRenderer::setClip(const Qv::Ptr<iRegion>& clip)
+void Headless::SoftwareRenderer::setClip(Qv::Ptr<iRegion> clip)
 {
     m_clip_copy = ClipCopy::None;
     m_cairo_clip_stale = true;

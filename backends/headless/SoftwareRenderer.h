@@ -87,7 +87,7 @@ public:
     // (0 hides nothing), so that the library's fallback roads can run here too.
     static void hideCaps(unsigned mask);
 
-    void setClip(const Qv::Ptr<iRegion>& clip) override;
+    void setClip(Qv::Ptr<iRegion> clip) override;
     void setAntialiasing(bool enabled) override { m_antialiasing = enabled; }
     unsigned getCaps() const override;
     void drawShaderRects(const ShaderRectDescription* descriptions, unsigned count) override;

@@ -1,5 +1,7 @@
 #include "support/RecordingRenderer.h"
 
+#include <utility>
+
 #include "tela/core/Log.h"
 
 void RecordingRenderer::clear()
@@ -19,12 +21,12 @@ std::string RecordingRenderer::operations() const
     return names;
 }
 
-void RecordingRenderer::setClip(const Qv::Ptr<iRegion>& clip)
+void RecordingRenderer::setClip(Qv::Ptr<iRegion> clip)
 {
     Call call;
     call.operation = "setClip";
     call.count = 1;
-    call.clip = clip;
+    call.clip = std::move(clip);
     m_calls.push_back(call);
 }
 

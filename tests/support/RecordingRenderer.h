@@ -39,7 +39,7 @@ public:
     const D& primitive(std::size_t call, std::size_t index = 0) const;
 
     // iGraphicPrimitivesRenderer
-    void setClip(const Qv::Ptr<iRegion>& clip) override;
+    void setClip(Qv::Ptr<iRegion> clip) override;
     void setAntialiasing(bool enabled) override;
     unsigned getCaps() const override { return m_caps; }
     void drawShaderRects(const ShaderRectDescription* descriptions, unsigned count) override { record(descriptions, count); }

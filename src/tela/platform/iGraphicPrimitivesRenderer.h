@@ -30,7 +30,7 @@ public:
     static constexpr unsigned CAP_SHADERS = 0x400;
     static constexpr unsigned CAP_NATIVE_LINE_STRIPS = 0x4000;
 
-    virtual void setClip(const Qv::Ptr<iRegion>& clip) = 0;   // null clears the clip
+    virtual void setClip(Qv::Ptr<iRegion> clip) = 0;   // null clears the clip
     virtual void setAntialiasing(bool enabled) = 0;
     virtual unsigned getCaps() const = 0;
     virtual void drawShaderRects(const ShaderRectDescription* descriptions, unsigned count) = 0;   // up to 8
