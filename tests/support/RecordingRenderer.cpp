@@ -1,8 +1,8 @@
 #include "support/RecordingRenderer.h"
 
-#include <utility>
-
 #include "tela/core/Log.h"
+
+#include <utility>
 
 void RecordingRenderer::clear()
 {
