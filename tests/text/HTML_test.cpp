@@ -255,7 +255,7 @@ protected:
         HTMLRenderer::render(renderer, paragraphs, box, 16, alignment);
         return paragraphs;
     }
-    static const Qv::Vector<Box>& boxes(const Paragraphs& paragraphs, std::size_t paragraph, std::size_t run)
+    static const std::vector<Box>& boxes(const Paragraphs& paragraphs, std::size_t paragraph, std::size_t run)
     {
         return paragraphs[paragraph].runs[run].boxes;
     }
@@ -268,7 +268,7 @@ protected:
         return texts;
     }
     // The x ranges of a run's boxes, and the top of each.
-    static std::vector<std::vector<int>> spans(const Qv::Vector<Box>& drawn)
+    static std::vector<std::vector<int>> spans(const std::vector<Box>& drawn)
     {
         std::vector<std::vector<int>> result;
         for (const Box& box : drawn)

@@ -297,7 +297,7 @@ String HTMLRenderer::convertToHTML(const WString& text, unsigned int flags)
         return toUTF8(text);
     Qv::Vector<WString> lines;
     Tela::splitString(text, L'\n', lines, 0);
-    return convertToHTML(lines, flags);
+    return convertToHTML(std::vector<WString>(lines.begin(), lines.end()), flags);
 }
 
 namespace {
@@ -332,7 +332,7 @@ WString mark_links(const WString& line)
 
 } // namespace
 
-String HTMLRenderer::convertToHTML(const Qv::Vector<WString>& lines, unsigned int flags)
+String HTMLRenderer::convertToHTML(const std::vector<WString>& lines, unsigned int flags)
 {
     String result;
     for (const WString& original : lines) {

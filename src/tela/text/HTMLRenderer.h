@@ -45,7 +45,7 @@ public:
         Colour colour;              // fixed from the palette when parsed
         WString url;                // empty: no link
         TextAlignment alignment;    // of the paragraph where the run began
-        Qv::Vector<Box> boxes;      // where render() last drew it, one box a line piece
+        std::vector<Box> boxes;     // where render() last drew it, one box a line piece
     };
 
     struct Paragraph {
@@ -69,7 +69,7 @@ public:
     // "www." addresses as links, bit 1 restyles words in capitals as bold
     // capitalised words. Text that already begins with "<p>" comes back as it is.
     static String convertToHTML(const WString& text, unsigned int flags);
-    static String convertToHTML(const Qv::Vector<WString>& lines, unsigned int flags);
+    static String convertToHTML(const std::vector<WString>& lines, unsigned int flags);
 
     // Layout. Lines are `lineHeight` apart from the top of `box` down; lines
     // that do not fit are not drawn (one always is). A run goes on along the
