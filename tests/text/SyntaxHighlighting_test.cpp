@@ -65,6 +65,12 @@ TEST_F(SyntaxHighlighting, KeywordsAreSubstringsAndTheFirstAddedWinsATie)
     // setKeyWords adds to the list.
     highlighter.setKeyWords({WString(u"x")});
     EXPECT_EQ(draw(highlighter, u"if x"), "[if]| |[x]|");
+
+    // The 255th keyword still takes part; the 256th does not.
+    SyntaxHighightingRenderer long_list;
+    long_list.setKeyWords(std::vector<WString>(254, WString(u"zz")));
+    long_list.setKeyWords({WString(u"last"), WString(u"over")});
+    EXPECT_EQ(draw(long_list, u"last over"), "[last]| over|");
 }
 
 TEST_F(SyntaxHighlighting, TheTwoSidesAreFoldedInOppositeCases)

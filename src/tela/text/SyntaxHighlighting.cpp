@@ -27,7 +27,7 @@ SyntaxHighightingRenderer::KeywordPosition SyntaxHighightingRenderer::findNextKe
     KeywordPosition best;
     if (from >= text.size())
         return best;
-    const std::size_t count = std::min<std::size_t>(keywords.size(), 256);
+    const std::size_t count = std::min<std::size_t>(keywords.size(), MAX_KEYWORDS);
     for (std::size_t index = 0; index < count; ++index) {
         const WString& keyword = keywords[index];
         if (keyword.empty())

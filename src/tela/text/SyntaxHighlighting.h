@@ -20,6 +20,7 @@
 #include "tela/platform/Geometry.h"
 #include "tela/platform/iFont.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -32,7 +33,11 @@ public:
         std::uint8_t keywordIndex = 0;
     };
 
-    explicit SyntaxHighightingRenderer(bool keepCase = false);
+    // Keywords past this many take no part: the search counts them in 8 bits.
+    static constexpr std::size_t MAX_KEYWORDS = 255;
+
+    SyntaxHighightingRenderer() = default;
+    explicit SyntaxHighightingRenderer(bool keepCase);
     SyntaxHighightingRenderer(const SyntaxHighightingRenderer&) = default;
     SyntaxHighightingRenderer(SyntaxHighightingRenderer&&) noexcept = default;
     SyntaxHighightingRenderer& operator=(const SyntaxHighightingRenderer&) = default;
