@@ -220,7 +220,7 @@ Qv::Ptr<iFont> Headless::createFont(const WString& family, unsigned short size, 
     return FreeTypeFont::create(family, static_cast<unsigned>(std::lround(pixels)), style);
 }
 
-void Headless::enumerateFontFamilies(Qv::Set<WString>& names, FcConfig* config)
+void Headless::enumerateFontFamilies(std::set<WString, WString::ICompare>& names, FcConfig* config)
 {
     const Pattern pattern(FcPatternCreate());
     FcObjectSet* const wanted = FcObjectSetBuild(FC_FAMILY, nullptr);

@@ -27,6 +27,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <set>
 
 typedef struct _FcConfig FcConfig;
 
@@ -129,7 +130,7 @@ private:
 };
 
 // Adds every scalable family Fontconfig knows, by each of its names, to `names`.
-void enumerateFontFamilies(Qv::Set<WString>& names, FcConfig* config = nullptr);
+void enumerateFontFamilies(std::set<WString, WString::ICompare>& names, FcConfig* config = nullptr);
 
 // What both platforms' root windows give as createFont: the size is scaled by the
 // user-interface scale before it is clamped; `variant` has no meaning here.

@@ -65,7 +65,7 @@ bool Headless::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect*
     return true;
 }
 
-void Headless::Windowing::enumerateFonts(Qv::Set<WString>& names)
+void Headless::Windowing::enumerateFonts(std::set<WString, WString::ICompare>& names)
 {
     enumerateFontFamilies(names);
 }

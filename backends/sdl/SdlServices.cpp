@@ -174,7 +174,7 @@ bool Sdl::Windowing::createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rect
     return true;
 }
 
-void Sdl::Windowing::enumerateFonts(Qv::Set<WString>& names)
+void Sdl::Windowing::enumerateFonts(std::set<WString, WString::ICompare>& names)
 {
     Headless::services().windowing()->enumerateFonts(names);
 }

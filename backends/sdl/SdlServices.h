@@ -80,7 +80,7 @@ public:
     bool createChildWindow(Qv::Ptr<iVideoChildWindow>& out, const Qv::Ptr<iRootWindow>& parent, const XY<int>& size,
                            const XY<int>& position) override;
     bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) override;
-    void enumerateFonts(Qv::Set<WString>& names) override;
+    void enumerateFonts(std::set<WString, WString::ICompare>& names) override;
     void defaultFontName(WString& out) override { out = WString(u"DejaVu Sans"); }
     bool isKeyDown(std::uint32_t modifierMask) override;
     bool createCursor(Qv::Ptr<iCursor>& out, const Qv::Ptr<iHostImage>& image, const XY<int>& hotSpot) override;

@@ -127,7 +127,7 @@ TEST(FreeTypeFontFace, UnknownFamilyFallsBackToDejaVuAndNoFaceAtAllGivesNoFont)
 
 TEST(FreeTypeFontFace, TheInstalledFamiliesAreListedByEveryName)
 {
-    Qv::Set<WString> names;
+    std::set<WString, WString::ICompare> names;
     Headless::services().windowing()->enumerateFonts(names);
     EXPECT_EQ(names.count(WString(u"DejaVu Sans")), 1u);
     EXPECT_EQ(names.count(WString(u"DejaVu Sans Condensed")), 1u);   // a second name of a DejaVu face

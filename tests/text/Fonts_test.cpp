@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <vector>
 
 namespace {
@@ -237,6 +238,18 @@ TEST_F(RootFontTest, RequestsWithoutAWindowAndTheCanvasesFontsAreKeptApart)
     EXPECT_EQ(Tela::getDefaultFont(0), table()[0]->font);
     EXPECT_EQ(Tela::getDefaultFont(1), table()[1]->font);
     EXPECT_EQ(table().size(), defaults + 3);
+}
+
+TEST_F(RootFontTest, TheAvailableFamiliesAreFoundWhateverTheirCase)
+{
+    std::set<WString, WString::ICompare> families;
+    Tela::getAvailableFonts(families);
+    EXPECT_EQ(families.count(WString(u"DejaVu Sans")), 1u);
+    EXPECT_EQ(families.count(WString(u"dejavu SANS")), 1u);
+    EXPECT_EQ(families.count(WString(u"DejaVu Sans Mon")), 0u);
+    // One family however its names are written.
+    std::set<WString, WString::ICompare> names{WString(u"Serif"), WString(u"SERIF"), WString(u"Sans")};
+    EXPECT_EQ(names.size(), 2u);
 }
 
 TEST_F(RootFontTest, ASubstituteFamilyIsSizedToLookAsWideAsTheDefault)

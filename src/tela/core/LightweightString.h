@@ -16,6 +16,10 @@
 #include <string_view>
 #include <type_traits>
 
+// Case-insensitive orderings, defined with the case mapping (StringCase.cpp).
+bool lessIgnoringCase(std::u16string_view a, std::u16string_view b);
+bool lessIgnoringCase(std::string_view a, std::string_view b);
+
 template <typename CharT>
 class LightweightString {
 public:
@@ -59,6 +63,15 @@ public:
     bool operator==(const LightweightString& other) const { return view() == other.view(); }
     bool operator==(const unit_type* other) const { return view() == view_type(other ? other : empty_units()); }
     auto operator<=>(const LightweightString& other) const { return view() <=> other.view(); }
+
+    // Orders strings with their case folded as Qv::toLower folds it: for sets
+    // of names that differ in case only, such as font families.
+    struct ICompare {
+        bool operator()(const LightweightString& a, const LightweightString& b) const
+        {
+            return lessIgnoringCase(a.view(), b.view());
+        }
+    };
 
     // True when both strings share one body (a cheap test of a copy).
     bool sharesBodyWith(const LightweightString& other) const { return m_body && m_body == other.m_body; }

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 
 // A mouse pointer shape the windowing system can show.
 class iCursor : public iObject {};
@@ -28,7 +29,7 @@ public:
     // rects arrive banded: row by row from the top, left to right within a row. A platform
     // must still accept rectangles out of that order and normalise them.
     virtual bool createRegion(Qv::Ptr<iRegion>& out, const TopDownRect* rects, std::size_t count) = 0;
-    virtual void enumerateFonts(Qv::Set<WString>& names) = 0;
+    virtual void enumerateFonts(std::set<WString, WString::ICompare>& names) = 0;
     virtual void defaultFontName(WString& out) = 0;
     virtual bool isKeyDown(std::uint32_t modifierMask) = 0;
     // A cursor from a host image (premultiplied BGRA) with its hot spot.

@@ -151,6 +151,11 @@ Qv::Ptr<iFont> Tela::getDefaultFont(unsigned int style)
     return loadFont(FontDesc(getDefaultFontName(0), getDefaultFontSize(), style), Qv::Ptr<iRootWindow>());
 }
 
+void Tela::getAvailableFonts(std::set<WString, WString::ICompare>& out)
+{
+    OS()->windowing()->enumerateFonts(out);
+}
+
 unsigned short Tela::mapFontSize(const String& name)
 {
     SizeMapping& mapping = size_mapping();

@@ -22,6 +22,7 @@
 #include "tela/render/Descriptions.h"
 
 #include <cstdint>
+#include <set>
 
 namespace Tela {
 
@@ -77,6 +78,10 @@ Qv::Ptr<iFont> loadFont(const FontDesc& desc, const Qv::Ptr<iRootWindow>& window
 Qv::Ptr<iFont> loadFont(const String& name, unsigned short size, unsigned int style);
 // The default family at the default size, in `style`.
 Qv::Ptr<iFont> getDefaultFont(unsigned int style);
+
+// The families the platform can make fonts of, for a font picker. Names that
+// differ only in case are one family.
+void getAvailableFonts(std::set<WString, WString::ICompare>& out);
 
 // The size at which the family `name` sets a fixed sentence at least as wide
 // as the default font does, so that a substitute family looks neither larger
