@@ -186,6 +186,13 @@ TEST_F(WordWrappingRender, LinesGoDownTheBoxAndThoseBelowItAreOnlyCounted)
               4u);
     EXPECT_EQ(drawn(), (Drawn{{u"aaa", {10, 13}}, {u"bbb", {0, 29}}, {u"ccc", {0, 45}}}));
     EXPECT_EQ(recorder->primitive<TextDescription>(recorder->callCount() - 1).colour.r, 1.0f);
+    // The colour reaches the renderer as given: no gamma curve, whatever its bypass flag.
+    recorder->clear();
+    WordWrappingTextRenderer::renderString(renderer, WString(u"aaa"), {0, 0, 40, 50}, Colour(0.5, 0.25, 0.0, false),
+                                           FONT, 16, 0);
+    ASSERT_EQ(drawn().size(), 1u);
+    EXPECT_EQ(recorder->primitive<TextDescription>(recorder->callCount() - 1).colour.r, 0.5f);
+    EXPECT_EQ(recorder->primitive<TextDescription>(recorder->callCount() - 1).colour.g, 0.25f);
 
     // A box 65,576 wide wraps as one 40 wide; the font's height stands in for no line height.
     recorder->clear();

@@ -105,7 +105,7 @@ public:
     {
         if (lineIndex < maxLines && line.length != 0 && line.text) {
             Tela::TextDescription piece(line.text->substr(line.start, line.length),
-                                        {position.x, position.y + yOffset}, fromColour(colour), LEFT_ALIGNED,
+                                        {position.x, position.y + yOffset}, colour, LEFT_ALIGNED,
                                         textStyle, font);
             piece.extents.x2 += line.extraSpacing;
             position.x = moved(position.x, std::int64_t(piece.extents.x2) - piece.extents.x1);

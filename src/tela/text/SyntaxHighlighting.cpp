@@ -50,8 +50,6 @@ void SyntaxHighightingRenderer::render(CanvasRenderer& r, const WString& text, c
         return;
     XY<int> cursor = pos;
     const WString searched = keepCase ? text : Qv::toLower(text);
-    const NormalisedRGB plain = fromColour(textColour);
-    const NormalisedRGB highlighted = fromColour(keywordColour);
     const auto draw = [&](std::size_t start, std::size_t count, const NormalisedRGB& colour) {
         const Tela::TextDescription piece(text.substr(start, count), cursor, colour, TextAlignment{0, 1}, font);
         r.render(piece);
@@ -62,14 +60,14 @@ void SyntaxHighightingRenderer::render(CanvasRenderer& r, const WString& text, c
     KeywordPosition found = findNextKeyWord(searched, 0);
     while (found.position != 0xFFFFFFFF) {
         if (found.position > done)
-            draw(done, found.position - done, plain);
+            draw(done, found.position - done, textColour);
         // The length is taken in 16 bits, so a keyword of 65,536
         // units draws none of them. The search then moves on by one, not by
         // nothing, so that it cannot find the same place for ever.
         const std::uint16_t length = static_cast<std::uint16_t>(keywords[found.keywordIndex].size());
-        draw(found.position, length, highlighted);
+        draw(found.position, length, keywordColour);
         done = std::size_t(found.position) + length;
         found = findNextKeyWord(searched, static_cast<unsigned int>(length ? done : done + 1));
     }
-    draw(done, text.size() - std::min(done, text.size()), plain);
+    draw(done, text.size() - std::min(done, text.size()), textColour);
 }

@@ -295,12 +295,11 @@ unsigned short WordWrappingTextRenderer::renderString(CanvasRenderer& renderer, 
 
     const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
     const int yOffset = getFontYOffset(lineHeight, font);
-    const NormalisedRGB textColour = fromColour(colour);
     std::size_t k = 0;
     for (const auto& [start, length] : lines.subStrings) {
         if (k < maxLines)
             drawLine(renderer, text, start, length, k == 0 ? firstX : box.x1,
-                     baselineOf(k, yOffset, lineHeight, box.y2), textColour, font);
+                     baselineOf(k, yOffset, lineHeight, box.y2), colour, font);
         ++k;
     }
     return k == 0 ? 1 : static_cast<unsigned short>(k);
@@ -351,7 +350,6 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
     lineHeight = resolveLineHeight(lineHeight, font);
     const std::size_t maxLines = lineHeight ? extent16(box.y1, box.y2) / lineHeight : 0;
     const int yOffset = getFontYOffset(lineHeight, font);
-    const NormalisedRGB textColour = fromColour(colour);
 
     std::size_t k = 0;
     for (const WS& string : text) {
@@ -368,7 +366,7 @@ unsigned short WordWrappingTextRenderer::renderStrings(CanvasRenderer& renderer,
             // Only the very first line starts at firstLineX; it keeps the full width.
             if (k < maxLines)
                 drawLine(renderer, string, start, length, k == 0 ? firstX : box.x1,
-                         baselineOf(k, yOffset, lineHeight, box.y2), textColour, font);
+                         baselineOf(k, yOffset, lineHeight, box.y2), colour, font);
             ++k;
         }
     }
