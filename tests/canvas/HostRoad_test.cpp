@@ -12,6 +12,8 @@
 #include "tela/canvas/UpdateTracking.h"
 #include "tela/colour/Palette.h"
 #include "tela/core/Preferences.h"
+#include "tela/platform/OS.h"
+#include "tela/platform/iWindowingService.h"
 #include "tela/events/EventQueue.h"
 #include "tela/render/CanvasRenderer.h"
 #include "tela/vector/Regions.h"
@@ -208,6 +210,39 @@ TEST(RootCanvas, ATallerWindowKeepsCanvasesAtTheirDistanceFromTheTop)
     EXPECT_EQ(wallpaper->calls, 2);
     EXPECT_EQ(wallpaper->lastSize, (XY<int>{200, 130}));
 
+    tela_deletecanvas(root);
+}
+
+// A window's class that counts what the refresh cycle hands it.
+class CountingRoot final : public RootCanvas {
+public:
+    using RootCanvas::RootCanvas;
+    void displayDirtyRegions(Canvas* canvas) override
+    {
+        shown.push_back(canvas);
+        RootCanvas::displayDirtyRegions(canvas);
+    }
+    std::vector<Canvas*> shown;
+};
+
+TEST(RootCanvas, TheRefreshShowsDamageThroughTheRootsOwnDisplayDirtyRegions)
+{
+    iRootWindow::InitArgs args;
+    args.size = {100, 80};
+    Qv::Ptr<iRootWindow> window;
+    ASSERT_TRUE(OS()->windowing()->createRootWindow(window, 0) && window && window->initWindow(args));
+    auto* root = new CountingRoot(window);
+    tela_addRootWindow(root, nullptr);
+    Canvas* child = painted(root, 10, 10, 20, 20, 0xFF00FF00);
+    root->shown.clear();
+    {
+        Tela::UpdateDeferrer deferrer(nullptr, true);
+        child->beginRender();
+        child->renderer.render(Tela::RectDescription(Qv::Box<int>{0, 0, 5, 5}, NormalisedRGB(1.0f, 0.0f, 0.0f)));
+        child->endRender();
+        EXPECT_TRUE(root->shown.empty());   // not while deferred
+    }
+    EXPECT_EQ(root->shown, (std::vector<Canvas*>{child}));
     tela_deletecanvas(root);
 }
 

@@ -57,17 +57,6 @@ void flush_dirty(Canvas* root, Canvas* start)
         canvupd_flush(c, visible);
 }
 
-void display_dirty_regions(Canvas* root, Canvas* canvas)
-{
-    if (!root || !root->window)
-        return;
-    Canvas* start = canvas ? canvas : root;
-    if (tela_display_road(root) == DisplayRoad::Composited)
-        invalidate_dirty(root, start);
-    else
-        flush_dirty(root, start);
-}
-
 TopDownRect moved(const Qv::Box<int>& box, const XY<int>& by)
 {
     return {box.x1 + by.x, box.y1 + by.y, box.x2 + by.x, box.y2 + by.y};
@@ -158,7 +147,18 @@ void blit(Canvas* canvas, const RegionPtr& region)
     window_renderer->drawImages(&result, 1);
 }
 
+// Through the root's own displayDirtyRegions, which a window's class may
+// override; a bare canvas standing as a root is shown directly.
+void display_root(Canvas* root, Canvas* canvas)
+{
+    if (auto* const window_root = dynamic_cast<RootCanvas*>(root))
+        window_root->displayDirtyRegions(canvas);
+    else
+        tela_display_root_dirty_regions(root, canvas);
+}
+
 } // namespace
+
 
 void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer,
                               const Qv::Box<int>& area, Canvas* stop)
@@ -177,13 +177,26 @@ void tela_display_dirty_regions(Canvas* canvas)
     const Qv::Vector<RootWindowRec>& rows = tela_state().rootWindows;
     if (!canvas) {
         for (std::size_t i = 0; i < rows.size(); ++i)
-            display_dirty_regions(rows[i].rootCanvas, nullptr);
+            display_root(rows[i].rootCanvas, nullptr);
         return;
     }
     Canvas* root = canvas->getRootParent();
-    for (const RootWindowRec& row : rows)
-        if (row.rootCanvas == root)
-            display_dirty_regions(root, canvas);
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        if (rows[i].rootCanvas == root) {
+            display_root(root, canvas);
+            return;
+        }
+}
+
+void tela_display_root_dirty_regions(Canvas* root, Canvas* canvas)
+{
+    if (!root || !root->window)
+        return;
+    Canvas* start = canvas ? canvas : root;
+    if (tela_display_road(root) == DisplayRoad::Composited)
+        invalidate_dirty(root, start);
+    else
+        flush_dirty(root, start);
 }
 
 void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region)

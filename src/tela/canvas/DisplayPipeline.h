@@ -12,8 +12,11 @@
 class Canvas;
 
 // Shows pending damage: for `canvas` on its own root, or for every root when
-// it is null.
+// it is null. Each root shows its own through RootCanvas::displayDirtyRegions.
 void tela_display_dirty_regions(Canvas* canvas);
+// What RootCanvas::displayDirtyRegions does: shows the pending damage of
+// `root` under `canvas`, or all of it when `canvas` is null.
+void tela_display_root_dirty_regions(Canvas* root, Canvas* canvas);
 // Paints window region `region` of `canvas` on the host road.
 void tela_paint_host_region(Canvas* canvas, const Qv::Ptr<iRegion>& region);
 // Draws what the window shows over `area` (window coordinates) into a target

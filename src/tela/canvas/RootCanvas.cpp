@@ -82,7 +82,10 @@ void RootCanvas::displayDirtyRegions(Canvas* canvas)
 {
     static Qv::TimedTask& task = Qv::TimedTaskManager::instance().task("RootCanvas::displayDirtyRegions");
     Qv::TimedTask::Run run(task);
-    tela_display_dirty_regions(canvas ? canvas : this);
+    // Damage under another window's root is that root's to show.
+    if (canvas && canvas->getRootParent() != this)
+        return;
+    tela_display_root_dirty_regions(this, canvas);
 }
 
 void RootCanvas::drawBackground(Qv::Ptr<iGraphicPrimitivesRenderer>& renderer)
