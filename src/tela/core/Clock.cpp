@@ -34,10 +34,18 @@ std::uint64_t msecsNowCoarse()
     if (s_fake_active.load(std::memory_order_acquire))
         return s_fake_now.load(std::memory_order_relaxed);
 #if defined(CLOCK_MONOTONIC_COARSE)
-    // The clock steady_clock reads, as of the last tick.
+    // The clock steady_clock reads, as of the last tick, counted from the same
+    // start as msecsNow: a reading from boot would make the first gap after
+    // start-up look like minutes.
+    static const std::uint64_t start = static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(process_start().time_since_epoch()).count());
     timespec now{};
-    if (clock_gettime(CLOCK_MONOTONIC_COARSE, &now) == 0)
-        return static_cast<std::uint64_t>(now.tv_sec) * 1000u + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000u;
+    if (clock_gettime(CLOCK_MONOTONIC_COARSE, &now) == 0) {
+        const std::uint64_t since_boot =
+            static_cast<std::uint64_t>(now.tv_sec) * 1000u + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000u;
+        // The coarse clock may lag the start by part of a tick.
+        return since_boot > start ? since_boot - start : 0;
+    }
 #endif
     return msecsNow();
 }
