@@ -10,6 +10,7 @@
 #include "headless/PngFile.h"
 #include "headless/VideoChildWindow.h"
 #include "tela/core/Log.h"
+#include "tela/core/SettingsFile.h"
 #include "tela/platform/Platforms.h"
 
 #include <pixman.h>
@@ -38,6 +39,14 @@ bool Headless::FileSystem::isDirectory(const WString& path)
 {
     struct stat status {};
     return ::stat(toUTF8(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+WString Headless::FileSystem::applicationName()
+{
+    if (!m_application_name.empty())
+        return m_application_name;
+    const WString given = Qv::givenApplicationName();
+    return given.empty() ? WString(u"Tela") : given;
 }
 
 bool Headless::Windowing::createRootWindow(Qv::Ptr<iRootWindow>& out, std::int32_t mode)

@@ -36,7 +36,9 @@ class RootWindow;
 class FileSystem final : public iFileSystemService {
 public:
     bool isDirectory(const WString& path) override;
-    WString applicationName() override { return m_application_name.isNull() ? WString(u"Tela") : m_application_name; }
+    // The name set here, else the one the application gave, else "Tela": the
+    // title of the start-up failure box and the key of the saved placement.
+    WString applicationName() override;
     char16_t pathSeparator() override { return u'/'; }
     void setApplicationName(const WString& name) { m_application_name = name; }
 private:

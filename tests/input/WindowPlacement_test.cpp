@@ -4,6 +4,7 @@
 #include "tela/canvas/RootCanvas.h"
 #include "tela/core/Config.h"
 #include "tela/core/Preferences.h"
+#include "tela/core/SettingsFile.h"
 #include "tela/input/RootWindowEventHandler.h"
 #include "tela/input/WindowPlacement.h"
 
@@ -111,6 +112,23 @@ TEST_F(Placement, SavingKeepsTheNormalGeometryOfAMaximisedOrTitleLessWindow)
     EXPECT_EQ(back.position, (XY<int>{40, 50}));
     EXPECT_EQ(back.flags & 3, Args::eTitleBar | Args::eMaximised);
     tela_deletecanvas(root);
+}
+
+TEST_F(Placement, IsSavedUnderTheApplicationsOwnName)
+{
+    const WString before = Qv::givenApplicationName();
+    Qv::setApplicationName(WString(u"Atlas"));
+    Args args;
+    args.flags = Args::eTitleBar;
+    args.size = {640, 480};
+    args.position = {30, 20};
+    RootCanvas* root = tela_createRootCanvas(args);
+    ASSERT_NE(root, nullptr);
+    Tela::saveRootWindowPlacement();
+    EXPECT_EQ(RootWindowEventHandler::restoreWindowState(WString(u"Atlas")).position, (XY<int>{30, 20}));
+    EXPECT_TRUE(prefs().getPreference("Tela : Window").empty());
+    tela_deletecanvas(root);
+    Qv::setApplicationName(before);
 }
 
 TEST(WindowArguments, FieldsKeepTheirOrder)

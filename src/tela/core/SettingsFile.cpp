@@ -130,6 +130,13 @@ String Qv::defaultSettingsDirectory()
     return String(path);
 }
 
+WString Qv::givenApplicationName()
+{
+    ApplicationName& stored = application_name();
+    std::lock_guard lock(stored.mutex);
+    return stored.name;
+}
+
 void Qv::setApplicationName(const WString& name)
 {
     {

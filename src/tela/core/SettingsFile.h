@@ -33,5 +33,8 @@ String defaultSettingsDirectory();
 // the directory is always one level below the configuration home.
 // Configuration already read from the old place is read again from the new.
 void setApplicationName(const WString& name);
+// The name the application gave, null when none was given yet: what a
+// platform reports as the application's name.
+WString givenApplicationName();
 
 } // namespace Qv
