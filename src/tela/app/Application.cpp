@@ -18,6 +18,7 @@
 #include "tela/platform/iWindowingService.h"
 #include "tela/platform/OS.h"
 #include "tela/platform/Platforms.h"
+#include "tela/render/RasterImage.h"
 #include "tela/state/TelaState.h"
 #include "tela/text/Fonts.h"
 #include "tela/vector/GraphicsState.h"
@@ -58,8 +59,6 @@ void init_gamma_tables()
 {
     vlib_init();
 }
-// The raster image cache: RasterImage::flushCache(), whose body is empty.
-void flush_raster_image_cache() {}
 // The scan converter's first heap block, kept for the process.
 void init_scan_converter()
 {
@@ -128,7 +127,7 @@ void Tela::Application::init()
     co_init();
     event_queue_init();
     init_gamma_tables();
-    flush_raster_image_cache();
+    RasterImage::flushCache();
     init_scan_converter();
     init_path();
     tela_setmatrix(1.0, 0.0, 0.0, 1.0, 0, 0);

@@ -6,6 +6,9 @@
 // picking. Keep-topmost children stay above the others. Misuse is reported
 // through tela_splat and the call carries on. Main thread only.
 
+#include "tela/core/Ptr.h"
+#include "tela/platform/iRegion.h"
+
 class Canvas;
 class CanvasClient;
 
@@ -45,3 +48,6 @@ Canvas* tela_parentcanvas(Canvas* canvas);
 // Event classes the canvas takes: see the type word of Event.
 void canvas_set_interest(Canvas* canvas, int mask);
 void canvas_clear_interest(Canvas* canvas, int mask);
+
+// Kept for programs that call it: outlining a canvas's region draws nothing.
+void canvasRegionOutline(Canvas* canvas, const Qv::Ptr<iRegion>& region);

@@ -102,7 +102,7 @@ void Tela::viewDocument(const WString& path)
         defer(Qv::make<DocumentViewAction>(path));
 }
 
-void Tela::revealFiles(const Qv::Vector<WString>& paths)
+void Tela::revealFiles(const std::vector<WString>& paths)
 {
     Qv::Vector<WString> files;
     for (const WString& path : paths)

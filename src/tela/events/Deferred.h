@@ -16,6 +16,7 @@
 #include "tela/events/EventHandler.h"
 
 #include <functional>
+#include <vector>
 
 class Canvas;
 
@@ -76,7 +77,7 @@ namespace Tela {
 void viewDocument(const WString& path);
 // Shows the files (folders are skipped, duplicates dropped) in the desktop's
 // file browser, later.
-void revealFiles(const Qv::Vector<WString>& paths);
+void revealFiles(const std::vector<WString>& paths);
 
 class DocumentViewAction final : public iExecutableAction {
 public:

@@ -26,7 +26,7 @@ class EventHandler;
 
 struct Event {
     Event() = default;
-    explicit Event(unsigned int eventType) : type(eventType) {}
+    Event(unsigned int eventType) : type(eventType) {}
     // Every field is copied, the links included; the string and the payload
     // are shared, not cloned. The queue overwrites its own fields afterwards.
     Event(const Event& other) = default;

@@ -98,6 +98,8 @@ public:
     void makeShapeRegion(Canvas* canvas, int x, int y);
 
     // The cache
+    // Called at start-up; entries live until released, so there is nothing to do.
+    static void flushCache() {}
     // Loads each name of the user's "Configuration\FrequentlyUsedBitmaps";
     // returns how many names there were.
     static int preloadCache();
