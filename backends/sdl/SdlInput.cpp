@@ -55,6 +55,20 @@ bool button_actions(std::uint8_t sdlButton, std::uint32_t& up, std::uint32_t& do
     }
 }
 
+bool is_modifier_key(SDL_Keycode key)
+{
+    switch (key) {
+    case SDLK_LCTRL: case SDLK_RCTRL:
+    case SDLK_LSHIFT: case SDLK_RSHIFT:
+    case SDLK_LALT: case SDLK_RALT:
+    case SDLK_LGUI: case SDLK_RGUI:
+    case SDLK_MODE:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 bool Sdl::toMouseEvent(const SDL_Event& event, MouseEvent& out)
@@ -100,8 +114,13 @@ bool Sdl::toKeyEvent(const SDL_Event& event, KeyEvent& out)
     out.time = eventTime(event.common.timestamp);
     const auto sym = static_cast<std::uint32_t>(event.key.keysym.sym);
     // SDL gives characters as themselves and other keys with its scan code
-    // bit; the library wants those marked as no character.
-    out.keyCode = (sym & SDLK_SCANCODE_MASK) ? ((sym & 0xFFFFu) | eKeyNotCharacter) : sym;
+    // bit; the library wants those marked as no character. A modifier key is
+    // no key of its own: it arrives as a change of the modifier bits alone, so
+    // that Ctrl then S is one key, S, with Ctrl held.
+    if (is_modifier_key(event.key.keysym.sym))
+        out.keyCode = 0;
+    else
+        out.keyCode = (sym & SDLK_SCANCODE_MASK) ? ((sym & 0xFFFFu) | eKeyNotCharacter) : sym;
     out.modifiers = modifierBits(event.key.keysym.mod);
     out.action = event.type == SDL_KEYDOWN ? KeyEvent::ePress : KeyEvent::eRelease;
     return true;

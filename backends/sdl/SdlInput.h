@@ -21,7 +21,8 @@ bool toMouseEvent(const SDL_Event& event, MouseEvent& out);
 
 // Key presses and releases. Printable keys arrive as their character (SDL's
 // key codes are the characters for those), the others as SDL's key value
-// marked eKeyNotCharacter. Auto-repeat arrives as further presses.
+// marked eKeyNotCharacter. Auto-repeat arrives as further presses. Modifier
+// keys arrive with key code 0: a change of the modifier bits only.
 bool toKeyEvent(const SDL_Event& event, KeyEvent& out);
 
 } // namespace Sdl

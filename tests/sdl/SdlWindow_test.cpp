@@ -14,6 +14,7 @@
 
 #include "headless/HostImage.h"
 #include "sdl/SdlFixture.h"
+#include "sdl/SdlInput.h"
 #include "support/LoopDeadline.h"
 #include "support/WakeSink.h"
 
@@ -185,6 +186,30 @@ public:
 } // namespace
 
 using SdlApplication = SdlFixture;
+
+TEST(SdlInput, AModifierKeyIsAChangeOfTheModifiersAloneAndOtherKeysAreKeys)
+{
+    SDL_Event event {};
+    event.type = SDL_KEYDOWN;
+    event.key.keysym.sym = SDLK_LCTRL;
+    event.key.keysym.mod = KMOD_LCTRL;
+    KeyEvent key;
+    ASSERT_TRUE(Sdl::toKeyEvent(event, key));
+    EXPECT_EQ(key.keyCode, 0u);
+    EXPECT_EQ(key.modifiers, Sdl::modifierBits(KMOD_LCTRL));
+    EXPECT_NE(key.modifiers, 0u);
+    event.type = SDL_KEYUP;
+    event.key.keysym.sym = SDLK_RSHIFT;
+    event.key.keysym.mod = KMOD_NONE;
+    ASSERT_TRUE(Sdl::toKeyEvent(event, key));
+    EXPECT_EQ(key.keyCode, 0u);
+    EXPECT_EQ(key.action, KeyEvent::eRelease);
+    // A key that is no character keeps its code, marked as such.
+    event.type = SDL_KEYDOWN;
+    event.key.keysym.sym = SDLK_F5;
+    ASSERT_TRUE(Sdl::toKeyEvent(event, key));
+    EXPECT_EQ(key.keyCode, (static_cast<std::uint32_t>(SDLK_F5) & 0xFFFFu) | eKeyNotCharacter);
+}
 
 TEST_F(SdlApplication, AClickReachesTheCanvasAndClosingTheWindowEndsTheLoop)
 {
