@@ -279,12 +279,12 @@ TEST_F(CanvasGeometry, ACopiedCanvasTakesEveryFieldButHasALockOfItsOwn)
         EXPECT_EQ(copy.offscreenBuffer.get(), c->offscreenBuffer.get());
 
         // The original's lock, held elsewhere, does not hold the copy.
-        CriticalSection::Guard held(c->lock);
+        CriticalSection::Guard held(c->m_lock);
         bool entered = false;
         std::thread other([&] {
-            entered = copy.lock.tryEnter();
+            entered = copy.m_lock.tryEnter();
             if (entered)
-                copy.lock.leave();
+                copy.unlock();
         });
         other.join();
         EXPECT_TRUE(entered);

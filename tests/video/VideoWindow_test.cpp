@@ -292,6 +292,6 @@ TEST(VideoWindowMisuse, MissingPiecesDropTheFrameQuietly)
     // A render target never outlives its frame's lock: the canvas is free again.
     video.setDisplayMode(VideoWindow::eComposited);
     { const auto target = video.getRenderTarget(); }
-    EXPECT_TRUE(scene.video->lock.tryEnter());
-    scene.video->lock.leave();
+    EXPECT_TRUE(scene.video->m_lock.tryEnter());
+    scene.video->unlock();
 }

@@ -244,7 +244,7 @@ XY<int> Canvas::getDrawOffset()
 
 bool Canvas::hasOffscreenBuffer(const XY<int>& size)
 {
-    CriticalSection::Guard guard(lock);
+    CriticalSection::Guard guard(m_lock);
     if (!offscreenBuffer)
         return false;
     XY<int> current;
@@ -259,7 +259,7 @@ void Canvas::reshape(const XY<int>& size)
     // Made outside the lock: the window may take its time.
     Qv::Ptr<iImage> image;
     window->createOffscreenImage(image, size);
-    CriticalSection::Guard guard(lock);
+    CriticalSection::Guard guard(m_lock);
     osRenderer = nullptr;
     offscreenBuffer = image;
 }
@@ -318,13 +318,13 @@ Qv::Ptr<iPixelGuard> Canvas::lockPixels()
 
 Qv::Ptr<iRegion> Canvas::visibleRegion() const
 {
-    CriticalSection::Guard guard(lock);
+    CriticalSection::Guard guard(m_lock);
     return m_visibleRegion;
 }
 
 void Canvas::visibleRegion(const Qv::Ptr<iRegion>& region)
 {
-    CriticalSection::Guard guard(lock);
+    CriticalSection::Guard guard(m_lock);
     m_visibleRegion = region;
 }
 

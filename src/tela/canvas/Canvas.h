@@ -131,6 +131,10 @@ public:
     // flush only at the outermost end.
     // The renderer every drawing on this canvas goes through.
     CanvasRenderer& getRenderer() { return renderer; }
+    // The canvas's lock, held while its buffer or visible region is read from
+    // another thread (a video frame composited into it).
+    void lock() { m_lock.enter(); }
+    void unlock() { m_lock.leave(); }
     void beginRender() { renderer.beginRender(this); }
     void endRender() { renderer.endRender(); }
 
@@ -167,17 +171,17 @@ private:
     Qv::Ptr<iRegion> m_shape;
 
 public:
-    // The accessor pairs above carry these fields' names, so the fields take
-    // the m_ prefix; order and layout are unchanged.
+    // The accessor pairs above, and lock(), carry these fields' names, so the
+    // fields take the m_ prefix; order and layout are unchanged.
     Qv::Ptr<iRegion> m_updateRegion;
-    Qv::Ptr<iRegion> m_visibleRegion; // guarded by `lock`
+    Qv::Ptr<iRegion> m_visibleRegion; // guarded by m_lock
     bool pickable = true;
     bool useAlphaChannel = false;
     DrawMethod drawMethod = eBuffered;
     double opacity = 1.0;
     CanvasRenderer renderer;
     SurroundParams edgeEffect;
-    mutable CriticalSection lock; // guards offscreenBuffer, osRenderer, m_visibleRegion
+    mutable CriticalSection m_lock; // guards offscreenBuffer, osRenderer, m_visibleRegion
     std::int32_t revision = 0;
 };
 

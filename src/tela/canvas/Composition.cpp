@@ -68,7 +68,7 @@ void tela_compose_canvas(Canvas* canvas, Qv::Ptr<iGraphicPrimitivesRenderer>& re
     if (!canvas || !renderer || !canvas->shape())
         return;
     // A video thread may be drawing a frame into the buffer (VideoWindow).
-    CriticalSection::Guard guard(canvas->lock);
+    CriticalSection::Guard guard(canvas->m_lock);
     if (!canvas->offscreenBuffer)
         return;
     Qv::Box<int> box;

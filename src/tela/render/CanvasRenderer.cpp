@@ -82,7 +82,7 @@ void CanvasRenderer::endRender()
         return;
     // The canvas's own cache is now the last holder: letting it go ends the frame
     // on that surface.
-    CriticalSection::Guard guard(drawCanvas->lock);
+    CriticalSection::Guard guard(drawCanvas->m_lock);
     if (drawCanvas->osRenderer && drawCanvas->osRenderer->refCount() == 1)
         drawCanvas->osRenderer = nullptr;
 }

@@ -437,7 +437,7 @@ void RasterImage::draw(Canvas* canvas, int x, int y)
     const Qv::Box<int> box { x, y, x + width(), y + height() };
     const TopDownRect rect = buffer_rect(box, canvas_height, XY<int>(0, 0));
     {
-        const CriticalSection::Guard guard(canvas->lock);
+        const CriticalSection::Guard guard(canvas->m_lock);
         const Qv::Ptr<iImage> buffer = canvas->offscreenBuffer;
         Qv::Ptr<iGraphicPrimitivesRenderer> renderer;
         if (!buffer || !buffer->getRenderer(renderer, 1) || !renderer)

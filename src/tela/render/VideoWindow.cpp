@@ -141,7 +141,7 @@ void copy_canvas_pixels(Canvas* source, const RegionPtr& area, iImage& target, c
     RegionPtr clip;
     part->translated(clip, -corner.x, -corner.y);
     renderer->setClip(clip);
-    CriticalSection::Guard guard(owner->lock);
+    CriticalSection::Guard guard(owner->m_lock);
     if (!owner->offscreenBuffer)
         return;
     const ImageDescription copy(owner->offscreenBuffer, XY<int>(shape.x1 - corner.x, shape.y1 - corner.y), false);
@@ -172,7 +172,7 @@ namespace Tela {
 RenderTarget::RenderTarget(Canvas* target_canvas) : canvas(target_canvas)
 {
     if (canvas)
-        canvas->lock.enter();
+        canvas->lock();
 }
 
 RenderTarget::~RenderTarget()
@@ -187,7 +187,7 @@ RenderTarget::~RenderTarget()
         bool drawn = false;
         if (draw && image && clip) {
             // The buffer may be swapped by a reshape on the main thread meanwhile.
-            CriticalSection::Guard guard(draw->lock);
+            CriticalSection::Guard guard(draw->m_lock);
             const Qv::Ptr<iImage> buffer = draw->offscreenBuffer;
             const Qv::Ptr<iImage> drawable = buffer ? wrapGPUImage(image, buffer->location()) : nullptr;
             // A renderer of its own: the canvas's kept one is the main thread's,
@@ -200,7 +200,7 @@ RenderTarget::~RenderTarget()
                 drawn = true;
             }
         }
-        canvas->lock.leave();
+        canvas->unlock();
         // The buffer changed behind update tracking's back: the main thread
         // marks the frame's area, so that it is shown.
         if (drawn && m_requests)
