@@ -53,6 +53,9 @@ TEST_F(Desktop, MonitorsAnswerByHalfOpenBoxesAndTheDesktopSpansThemAll)
 
     use({monitor(0, 0, 1000, 800), monitor(1000, 0, 2000, 800)});
     EXPECT_EQ(tela_getMonitorWidth(), 1000u);
+    // A monitor reporting an empty box still counts with its corners.
+    use({monitor(0, 0, 0, 0), monitor(100, 100, 1920, 1080, true)});
+    EXPECT_EQ(tela_getDesktopDimensions(), (XY<int>{1920, 1080}));
     use({});
     EXPECT_EQ(tela_getDesktopDimensions(), (XY<int>{0, 0}));
     EXPECT_EQ(Tela::getPrimaryMonitor().screenBox.width(), 0);

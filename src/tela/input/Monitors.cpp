@@ -141,9 +141,14 @@ XY<int> tela_getDesktopDimensions()
     Tela::getMonitorList(monitors);
     if (monitors.empty())
         return {};
+    // Every corner counts, an empty box's too: the extremes of the four sides.
     Qv::Box<int> all = monitors.front().desktopBox;
-    for (const MonitorInfo& monitor : monitors)
-        all.unite(monitor.desktopBox);
+    for (const MonitorInfo& monitor : monitors) {
+        all.x1 = std::min(all.x1, monitor.desktopBox.x1);
+        all.y1 = std::min(all.y1, monitor.desktopBox.y1);
+        all.x2 = std::max(all.x2, monitor.desktopBox.x2);
+        all.y2 = std::max(all.y2, monitor.desktopBox.y2);
+    }
     return XY<int>(std::abs(all.width()), std::abs(all.height()));
 }
 

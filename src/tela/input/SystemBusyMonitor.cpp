@@ -1,12 +1,12 @@
 #include "tela/input/SystemBusyMonitor.h"
 
-#include "tela/core/Log.h"
 #include "tela/core/Memory.h"
 #include "tela/core/Shutdown.h"
 #include "tela/core/SystemWatchdog.h"
 #include "tela/input/Cursors.h"
 #include "tela/platform/OS.h"
 
+#include <cstdio>
 #include <memory>
 #include <mutex>
 
@@ -100,7 +100,7 @@ iThread::eExecRC SystemBusyMonitor::SystemBusyMonitorThreadProc(void* argument)
         } else if (status == iThreadingService::eSignalled && index == 1) {
             return iThread::eOK;
         } else if (status != iThreadingService::eSignalled) {
-            murl_printf("SystemBusyMonitor: Dirty exit!\n");
+            std::fputs("SystemBusyMonitor: Dirty exit!\n", stdout);
             return iThread::eFailed;
         }
     }

@@ -5,6 +5,8 @@
 
 TelaState::TelaState() : mouseStateChangeType(NotifyMsgTypeDictionary::intern("MouseStateChange"))
 {
+    // No report yet: all zero, not the move a fresh record stands for.
+    lastMouseEvent.action = 0;
 }
 
 TelaState& tela_state()
