@@ -144,7 +144,7 @@ TEST_F(InterceptStackTest, StackOneGoesFirstAndEachStackSeesItsOwnMarkedCopy)
     FilterStack<Event>& normal = getEventInterceptStack(eInterceptNormal);
     FilterStack<Event>& first = getEventInterceptStack(eInterceptFirst);
     EXPECT_NE(&normal, &first);
-    EXPECT_EQ(&getEventInterceptStack(static_cast<EventInterceptStackPriority>(7)), &normal);
+    EXPECT_EQ(&getEventInterceptStack(7), &normal);
     first.push(&early, mask(0x200));
     normal.push(&late, mask(EVERY_TYPE));
     early.scribble = true; // on its own copy only

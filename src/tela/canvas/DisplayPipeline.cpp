@@ -159,7 +159,6 @@ void display_root(Canvas* root, Canvas* canvas)
 
 } // namespace
 
-
 void tela_compose_window_area(Canvas* root, Qv::Ptr<iGraphicPrimitivesRenderer>& renderer,
                               const Qv::Box<int>& area, Canvas* stop)
 {

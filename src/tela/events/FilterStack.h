@@ -174,11 +174,11 @@ void FilterStack<T>::fold_in_changes_made_while_running()
 
 struct Event;
 
-// 1 is offered each event before 0; any other value gives stack 0.
-enum EventInterceptStackPriority : int {
-    eInterceptNormal = 0,
-    eInterceptFirst = 1,
-};
+// 1 is offered each event before 0; any other value gives stack 0. A plain
+// number, so that callers may pass 0 and 1 as they are.
+using EventInterceptStackPriority = int;
+constexpr EventInterceptStackPriority eInterceptNormal = 0;
+constexpr EventInterceptStackPriority eInterceptFirst = 1;
 
 // Made on first use, from any thread, and never destroyed.
 FilterStack<Event>& getEventInterceptStack(EventInterceptStackPriority priority);
