@@ -33,7 +33,7 @@ bool SystemBusyMonitor::start(int timeoutMs)
 {
     static std::once_flag registered;
     std::call_once(registered, [] {
-        Shutdown::addCallback([](Shutdown::eExitType) { SystemBusyMonitor::stop(); }, SHUTDOWN_PRIORITY);
+        Shutdown::addCallback(&SystemBusyMonitor::shutdown, SHUTDOWN_PRIORITY);
     });
     std::lock_guard lock(s_mutex);
     // Made anew after a stop.
@@ -66,6 +66,11 @@ bool SystemBusyMonitor::stop()
     if (monitor->thread)
         monitor->thread->join();
     return was_running;
+}
+
+void SystemBusyMonitor::shutdown(Shutdown::eExitType)
+{
+    stop();
 }
 
 bool SystemBusyMonitor::heartbeat()

@@ -9,6 +9,7 @@
 
 #include "tela/core/Memory.h"
 #include "tela/core/Ptr.h"
+#include "tela/core/Shutdown.h"
 #include "tela/platform/iThreadingService.h"
 
 class SystemBusyMonitor : public Qv::HeapObject {
@@ -21,6 +22,8 @@ public:
     // Reports the beat to the process's SystemWatchdog; true when a running
     // monitor heard it too.
     static bool heartbeat();
+    // The shut-down callback the first start registers: stops the monitor.
+    static void shutdown(Shutdown::eExitType);
 
     SystemBusyMonitor();
     SystemBusyMonitor(const SystemBusyMonitor&) = delete;
