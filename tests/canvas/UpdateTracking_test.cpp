@@ -466,6 +466,13 @@ TEST_F(WindowFixture, WipingFillsTheCurrentCanvasWithTheCurrentColourAndShowsIt)
     auto buffer = Qv::dynamicCast<Headless::HostImage>(a->offscreenBuffer);
     EXPECT_EQ(buffer->pixelAt(5, 5), RED);   // the owner's own pixels stay
     EXPECT_EQ(buffer->pixelAt(15, 15), BLUE); // the lightweight child's are in its buffer
+    // A heavyweight canvas owns its buffer: a lightweight parent does not cut it.
+    Canvas* loose = child(root, 100, 10, 140, 50);
+    loose->lightweight = 1;
+    Canvas* heavy = child(loose, 120, 20, 170, 60, RED);
+    tela_setcanvas(heavy);
+    tela_wipecanvas();
+    EXPECT_EQ(Qv::dynamicCast<Headless::HostImage>(heavy->offscreenBuffer)->pixelAt(45, 5), BLUE);
     tela_setcanvas(nullptr);
     tela_wipecanvas(); // no current canvas: nothing happens
     tela_setcolour(0);

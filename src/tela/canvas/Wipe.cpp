@@ -22,11 +22,12 @@ void tela_wipecanvas()
         return;
 
     // A lightweight canvas is cut by every lightweight ancestor on the way to
-    // the buffer's owner.
+    // the buffer's owner; a heavyweight one owns its buffer and is not.
     RegionPtr area = canvas->shape();
     int steps_left = canvas_walk_limit();
-    for (Canvas* c = canvas->parent; c && c->lightweight && area && steps_left-- > 0; c = c->parent)
-        area = region_intersect(area, c->shape());
+    if (canvas->lightweight)
+        for (Canvas* c = canvas->parent; c && c->lightweight && area && steps_left-- > 0; c = c->parent)
+            area = region_intersect(area, c->shape());
     if (!area)
         return;
 
