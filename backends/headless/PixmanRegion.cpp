@@ -171,8 +171,10 @@ bool Headless::PixmanRegion::isRectangular() const
 
 bool Headless::PixmanRegion::equals(const Qv::Ptr<iRegion>& other) const
 {
+    // No region is the empty point set; an empty region made from an empty
+    // rectangle is the same set.
     if (!other)
-        return false;   // this region is never empty
+        return !pixman_region32_not_empty(raw());
     return pixman_region32_equal(raw(), as_pixman(other)->raw());
 }
 

@@ -131,6 +131,9 @@ TEST(Regions, NullsAndSharedOperands)
     EXPECT_EQ(box_of(emptied), (Qv::Box<int>{0, 0, 0, 0}));
     EXPECT_EQ(region_eq(nullptr, nullptr), 1);
     EXPECT_EQ(region_eq(a, nullptr), 0);
+    // The platform compares point sets: an empty region is the set no region is.
+    EXPECT_TRUE(emptied->equals(nullptr));
+    EXPECT_FALSE(a->equals(nullptr));
     EXPECT_EQ(region_is_rect(nullptr), 0);
     EXPECT_EQ(region_is_rect(a), 1);
     EXPECT_EQ(region_is_rect(region_union(a, b)), 0);
