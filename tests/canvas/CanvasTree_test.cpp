@@ -334,6 +334,17 @@ TEST(CanvasDeletion, LeavesNoDeadCanvasInFocusCaptureCurrentOrTheSavedState)
     tela_grestore();
     EXPECT_EQ(tela_currentcanvas(), root);
 
+    // A canvas of another window leaves its saved states to that window's root.
+    Canvas* other = tela_newcanvas(nullptr, nullptr);
+    Canvas* field = tela_newcanvas(nullptr, other);
+    tela_setcanvas(field);
+    tela_gsave();
+    tela_deletecanvas(field);
+    tela_grestore();
+    EXPECT_EQ(tela_currentcanvas(), other);
+    tela_setcanvas(nullptr);
+    tela_deletecanvas(other);
+
     event_set_kbd_focus(nullptr);
     tela_setcanvas(nullptr);
     tela_deletecanvas(root);

@@ -43,8 +43,14 @@ void tela_deletecanvas(Canvas* canvas)
 
     Canvas* root = canvas->getRootParent();
 
-    if (gstate_stack_holds_canvas(canvas))
-        gstate_stack_replace_canvas(canvas);
+    // Saved states drawing into the canvas draw into its window's root instead;
+    // a root that goes leaves them the library's root, or nothing.
+    if (gstate_stack_holds_canvas(canvas)) {
+        Canvas* const library_root = tela_rootcanvas();
+        gstate_stack_replace_canvas(canvas, root != canvas ? root
+                                            : library_root != canvas ? library_root
+                                                                     : nullptr);
+    }
 
     if (event_get_kbd_focus() == canvas) {
         // A root that goes takes the focus with it: it cannot fall back on itself.

@@ -208,13 +208,13 @@ bool gstate_stack_holds_canvas(const Canvas* canvas)
     return false;
 }
 
-void gstate_stack_replace_canvas(const Canvas* dead)
+void gstate_stack_replace_canvas(const Canvas* dead, Canvas* replacement)
 {
     GraphicsState& gs = state();
     const int used = gs.depth < STACK_SIZE ? gs.depth : STACK_SIZE;
     for (int i = 0; i < used; ++i)
         if (gs.stack[i].canvas == dead)
-            gs.stack[i].canvas = tela_rootcanvas();
+            gs.stack[i].canvas = replacement;
 }
 
 int gstate_depth()

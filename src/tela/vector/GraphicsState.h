@@ -46,7 +46,7 @@ const double (&gstate_ctm())[3][3];
 // Canvas deletion must not leave a dead canvas where a later grestore would
 // reinstate it.
 bool gstate_stack_holds_canvas(const Canvas* canvas);
-void gstate_stack_replace_canvas(const Canvas* dead); // by tela_rootcanvas()
+void gstate_stack_replace_canvas(const Canvas* dead, Canvas* replacement);
 
 // The stack depth, for tests and diagnostics.
 int gstate_depth();
