@@ -623,24 +623,24 @@ void setPresentationEnabled(bool enabled)
     presentationEnabled = enabled;
 }
 
-UpdateDeferrer::UpdateDeferrer(Canvas* canvas, bool present) : m_canvas(canvas), m_present(present)
+UpdateDeferrer::UpdateDeferrer(Canvas* drawn, bool presentAtEnd) : canvas(drawn), present(presentAtEnd)
 {
     tela_refresh_off();
-    if (m_canvas)
-        m_canvas->beginRender();
+    if (canvas)
+        canvas->beginRender();
 }
 
 UpdateDeferrer::UpdateDeferrer(const UpdateDeferrer& other)
-    : Qv::InternalRefCount(other), iVirtual(other), iObject(other), m_canvas(other.m_canvas),
-      m_present(other.m_present)
+    : Qv::InternalRefCount(other), iVirtual(other), iObject(other), canvas(other.canvas),
+      present(other.present)
 {
 }
 
 UpdateDeferrer::~UpdateDeferrer()
 {
-    if (m_canvas)
-        m_canvas->endRender();
-    tela_refresh_on(m_present);
+    if (canvas)
+        canvas->endRender();
+    tela_refresh_on(present);
 }
 
 } // namespace Tela

@@ -118,9 +118,8 @@ public:
     UpdateDeferrer& operator=(const UpdateDeferrer&) = delete;
     ~UpdateDeferrer() override;
 
-private:
-    Canvas* m_canvas;
-    bool m_present;
+    Canvas* canvas;
+    bool present;
 };
 
 } // namespace Tela
