@@ -43,8 +43,6 @@ bool Headless::FileSystem::isDirectory(const WString& path)
 
 WString Headless::FileSystem::applicationName()
 {
-    if (!m_application_name.empty())
-        return m_application_name;
     const WString given = Qv::givenApplicationName();
     return given.empty() ? WString(u"Tela") : given;
 }

@@ -36,13 +36,10 @@ class RootWindow;
 class FileSystem final : public iFileSystemService {
 public:
     bool isDirectory(const WString& path) override;
-    // The name set here, else the one the application gave, else "Tela": the
-    // title of the start-up failure box and the key of the saved placement.
+    // The name the application gave, else "Tela": the title of the start-up
+    // failure box and the key of the saved placement.
     WString applicationName() override;
     char16_t pathSeparator() override { return u'/'; }
-    void setApplicationName(const WString& name) { m_application_name = name; }
-private:
-    WString m_application_name;   // null until set: the services exist before any heap
 };
 
 // A cursor as this platform keeps it: what it was made from.

@@ -4,7 +4,6 @@
 #include "tela/colour/CurrentColour.h"
 #include "tela/core/Log.h"
 #include "tela/core/Ptr.h"
-#include "tela/state/TelaState.h"
 #include "tela/vector/Matrix.h"
 #include "tela/vector/Path.h"
 
